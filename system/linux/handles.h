@@ -1,0 +1,51 @@
+// Owners of operating-system handles, so that every path out of a function gives them back.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <utility>
+
+#include <unistd.h>
+
+namespace tessera {
+
+// A file descriptor, closed when the owner goes.
+class UniqueFd {
+ public:
+  UniqueFd() noexcept = default;
+  explicit UniqueFd(int fd) noexcept : fd_(fd) {}
+  UniqueFd(UniqueFd &&other) noexcept : fd_(other.release()) {}
+  UniqueFd &operator=(UniqueFd &&other) noexcept {
+    reset(other.release());
+    return *this;
+  }
+  UniqueFd(const UniqueFd &) = delete;
+  UniqueFd &operator=(const UniqueFd &) = delete;
+  ~UniqueFd() { reset(); }
+
+  [[nodiscard]] int get() const noexcept { return fd_; }
+  [[nodiscard]] bool valid() const noexcept { return fd_ >= 0; }
+  int release() noexcept { return std::exchange(fd_, -1); }
+  void reset(int fd = -1) noexcept {
+    if (fd_ >= 0) {
+      ::close(fd_);
+    }
+    fd_ = fd;
+  }
+
+ private:
+  int fd_ = -1;
+};
+
+struct FileCloser {
+  void operator()(std::FILE *file) const noexcept { std::fclose(file); }
+};
+struct PipeCloser {
+  void operator()(std::FILE *pipe) const noexcept { ::pclose(pipe); }
+};
+
+// A stream from fopen, closed with fclose; a stream from popen, closed with pclose.
+using UniqueFile = std::unique_ptr<std::FILE, FileCloser>;
+using UniquePipe = std::unique_ptr<std::FILE, PipeCloser>;
+
+}  // namespace tessera
