@@ -10,6 +10,7 @@
 
 #include "capture_sink.h"
 #include "fake_daemon.h"
+#include "fake_execve.h"
 #include "fake_store.h"
 #include "tessera/store_client.h"
 
@@ -251,6 +252,22 @@ TEST_F(FakeDaemonTest, SocketIsGoneOnceTheDaemonStops) {
   ssize_t received = 0;
   exchange(kMappingSocket, std::vector<uint8_t>(daemon_message::kSize, 0), &received);
   EXPECT_EQ(received, -1);
+}
+
+}  // namespace
+}  // namespace tessera::test
+
+namespace tessera::test {
+namespace {
+
+TEST(FakeExecve, FailsWithTheErrorTheEnvironmentNames) {
+  ::setenv(kExecveFailVariable, "13", 1);
+  char sh[] = "/bin/true";
+  char *argv[] = {sh, nullptr};
+  errno = 0;
+  EXPECT_EQ(tattletale_standin1_execve("/bin/true", argv, environ), -1);
+  EXPECT_EQ(errno, 13);
+  ::unsetenv(kExecveFailVariable);
 }
 
 }  // namespace
