@@ -37,6 +37,24 @@ int32_t type_of(int32_t row) {
   return row < 0 ? PROP_TYPE_NONE : property_table[row].type;
 }
 
+// The store's flag and number reads, by the type they fill.
+int32_t store_read(const char *key, uint8_t *flag) {
+  return orb_config_get_bool(key, flag);
+}
+int32_t store_read(const char *key, int32_t *number) {
+  return orb_config_get_int(key, number);
+}
+
+// A flag or number read from the store, written to `out` in decimal. The value starts at 0 and
+// is written after a failed read too; the store call's result tells the caller which it was.
+template <class Number>
+int32_t read_decimal(const char *key, char *out) {
+  Number value = 0;
+  const int32_t result = store_read(key, &value);
+  std::snprintf(out, kNumberSize, "%d", static_cast<int>(value));
+  return result;
+}
+
 // The read of Cfgmgr_Get_Property_ori and Cfgmgr_Ext_Get_Property, which differ only in whether
 // `out` is emptied first.
 int32_t read_property(const char *name, char *out, unsigned int len, bool clear_first) {
@@ -185,20 +203,14 @@ int32_t ORBGetPropertyValue(const char *name, char *out) {
     case PROP_TYPE_ADDR_PREFIX:
       result = orb_config_get_str(key, out);
       break;
-    case PROP_TYPE_BOOL: {
-      uint8_t flag = 0;
-      result = orb_config_get_bool(key, &flag);
-      std::snprintf(out, kNumberSize, "%d", flag);
+    case PROP_TYPE_BOOL:
+      result = read_decimal<uint8_t>(key, out);
       break;
-    }
     case PROP_TYPE_INT:
     case PROP_TYPE_SHORT:
-    case PROP_TYPE_PREFIX: {
-      int32_t number = 0;
-      result = orb_config_get_int(key, &number);
-      std::snprintf(out, kNumberSize, "%d", number);
+    case PROP_TYPE_PREFIX:
+      result = read_decimal<int32_t>(key, out);
       break;
-    }
     case PROP_TYPE_STR_N:
       result = orb_config_get_str_n(key, out, kStrNCapacity);
       break;

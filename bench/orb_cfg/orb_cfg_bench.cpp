@@ -55,27 +55,17 @@ int32_t convert_by_strcmp(const char *name, char *key) {
 const char *const kNames[] = {"ENFORCED/IPBLOCK/penaltytime", "rp_str_media_encrypt",
                               "MIR/USER/name3", "NO_SUCH/property"};
 
-void BM_ConvertPropName(benchmark::State &state) {
+void BM_Convert(benchmark::State &state, int32_t (*convert)(const char *, char *)) {
   const char *name = kNames[state.range(0)];
   std::array<char, 128> key{};
   for (auto _ : state) {
-    benchmark::DoNotOptimize(convert_prop_name(name, key.data()));
+    benchmark::DoNotOptimize(convert(name, key.data()));
     benchmark::ClobberMemory();
   }
   state.SetLabel(name);
 }
-BENCHMARK(BM_ConvertPropName)->DenseRange(0, 3);
-
-void BM_ConvertByStrcmpScan(benchmark::State &state) {
-  const char *name = kNames[state.range(0)];
-  std::array<char, 128> key{};
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(convert_by_strcmp(name, key.data()));
-    benchmark::ClobberMemory();
-  }
-  state.SetLabel(name);
-}
-BENCHMARK(BM_ConvertByStrcmpScan)->DenseRange(0, 3);
+BENCHMARK_CAPTURE(BM_Convert, convert_prop_name, convert_prop_name)->DenseRange(0, 3);
+BENCHMARK_CAPTURE(BM_Convert, strcmp_scan, convert_by_strcmp)->DenseRange(0, 3);
 
 // A store-backed read through every step: special rows, translation, typed read, "%d", the cut.
 // The in-memory store and the capture sink (which formats the debug report) are timed with it.
