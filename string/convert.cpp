@@ -46,11 +46,11 @@ unsigned conversion_base(const char *s) {
   return StrIsHexValue(s) == 1 ? 16U : 10U;
 }
 
-// Steps 1 and 2 of every conversion: false for null (after the assertion); a text that fails
-// `validator` asserts and is converted all the same.
-bool check_conversion(const char *s, int32_t (*validator)(const char *)) {
+// Steps 1 and 2 of every conversion: false for null (after the assertion); a text that isn't a
+// valid value of `type` asserts and is converted all the same.
+bool check_conversion(const char *s, uint32_t type) {
   if (!REPORT_ASSERT(s != nullptr)) return false;
-  static_cast<void>(REPORT_ASSERT(validator(s) == 1));
+  static_cast<void>(REPORT_ASSERT(StrValidateType(s, type) == 1));
   return true;
 }
 
@@ -112,43 +112,43 @@ int32_t StrToBoolean(const char *s) {
 }
 
 uint32_t StrToUINT8(const char *s) {
-  if (!check_conversion(s, StrIsUINT8)) return 0;
+  if (!check_conversion(s, STR_TYPE_UINT8)) return 0;
   return to_unsigned32(s, conversion_base(s)) & 0xFFU;
 }
 
 uint32_t StrToUINT16(const char *s) {
-  if (!check_conversion(s, StrIsUINT16)) return 0;
+  if (!check_conversion(s, STR_TYPE_UINT16)) return 0;
   return to_unsigned32(s, conversion_base(s)) & 0xFFFFU;
 }
 
 uint32_t StrToUINT32(const char *s) {
-  if (!check_conversion(s, StrIsUINT32)) return 0;
+  if (!check_conversion(s, STR_TYPE_UINT32)) return 0;
   return to_unsigned32(s, conversion_base(s));
 }
 
 uint64_t StrToUINT64(const char *s) {
-  if (!check_conversion(s, StrIsUINT64)) return 0;
+  if (!check_conversion(s, STR_TYPE_UINT64)) return 0;
   return to_unsigned32(s, conversion_base(s));
 }
 
 int32_t StrToINT8(const char *s) {
-  if (!check_conversion(s, StrIsINT8)) return 0;
+  if (!check_conversion(s, STR_TYPE_INT8)) return 0;
   return static_cast<int8_t>(to_signed32(s, conversion_base(s)));
 }
 
 int32_t StrToINT16(const char *s) {
-  if (!check_conversion(s, StrIsINT16)) return 0;
+  if (!check_conversion(s, STR_TYPE_INT16)) return 0;
   return static_cast<int16_t>(to_signed32(s, conversion_base(s)));
 }
 
 int32_t StrToINT32(const char *s) {
-  if (!check_conversion(s, StrIsINT32)) return 0;
+  if (!check_conversion(s, STR_TYPE_INT32)) return 0;
   if (StrIsHexValue(s) == 1) return static_cast<int32_t>(to_unsigned32(s, 16));
   return to_signed32(s, 10);
 }
 
 int64_t StrToINT64(const char *s) {
-  if (!check_conversion(s, StrIsINT64)) return 0;
+  if (!check_conversion(s, STR_TYPE_INT64)) return 0;
   return to_signed32(s, 10);
 }
 
