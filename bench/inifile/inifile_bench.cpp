@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -25,21 +26,18 @@ struct Shape {
 constexpr Shape kSmall{20, 20};
 constexpr Shape kLarge{2000, 50};
 
-std::string directory() {
+const std::string &directory() {
   static const std::string dir = [] {
     std::string pattern = "/tmp/bench_inifile.XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) {
       std::perror("mkdtemp");
       std::exit(1);
     }
-    std::atexit([] {
-      std::remove((directory() + "/small.ini").c_str());
-      std::remove((directory() + "/large.ini").c_str());
-      std::remove((directory() + "/saved.ini").c_str());
-      ::rmdir(directory().c_str());
-    });
     return pattern;
   }();
+  // Registered after `dir` is made, so that it runs before `dir` goes.
+  [[maybe_unused]] static const int cleanup =
+      std::atexit([] { std::filesystem::remove_all(directory()); });
   return dir;
 }
 
