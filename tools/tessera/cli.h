@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,6 +45,7 @@ struct Command {
   int min_args;
   int max_args;  // -1: no limit
   int (*run)(const Command &command, const Args &args);
+  bool options_first = false;  // options end at the first argument (a command line to run)
 };
 
 // The commands of each area, in the order `tessera --help` lists them.
@@ -52,6 +54,15 @@ std::vector<Command> session_commands();
 std::vector<Command> ini_commands();
 std::vector<Command> utility_commands();
 std::vector<Command> sim_commands();
+
+// One row of the library's property catalogue, as the build extracted it ("" for no text).
+struct CatalogueRow {
+  const char *legacy_path;
+  const char *store_key;
+  int type;
+  const char *default_value;
+};
+std::span<const CatalogueRow> catalogue_rows();
 
 // The option every listing command has.
 extern const Option kJsonOption;

@@ -34,7 +34,9 @@ constexpr const char *kEnvironment =
     "  TESSERA_STORE_DB    the workstation store's database (default\n"
     "                      ~/.local/state/tessera/store.db)\n"
     "  TESSERA_SIM_DIR     where `tessera sim` keeps its pid files and logs (default\n"
-    "                      $XDG_RUNTIME_DIR/tessera-sim, or /tmp/tessera-sim-UID)\n"
+    "                      ~/.local/state/tessera/sim)\n"
+    "  TESSERA_DAEMON_DIR  where `tessera sim start` finds the daemons (default: beside\n"
+    "                      tessera)\n"
     "  TESSERA_SINK_LEVEL  the highest level of the library's reports shown on standard error\n";
 
 std::vector<Command> all_commands() {
@@ -126,6 +128,7 @@ int run(const Command &command, int argc, char **argv) {
     const std::string arg = argv[i];
     if (only_positional || !is_option(argv[i])) {
       args.positional.push_back(arg);
+      only_positional = only_positional || command.options_first;
       continue;
     }
     if (arg == "--") {
@@ -218,7 +221,9 @@ int main(int argc, char **argv) {
     char *help_argv[] = {help_flag};
     return run(*command, 1, help_argv);
   }
-  join_simulation();
+  if (std::strcmp(command->name, "sim start") != 0) {
+    join_simulation();  // a new simulation starts from outside any old one
+  }
   const int status = run(*command, argc - 1 - words, argv + 1 + words);
   return std::fflush(stdout) == 0 ? status : fail("standard output", std::strerror(errno));
 }

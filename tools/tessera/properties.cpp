@@ -9,14 +9,6 @@
 namespace tessera_cli {
 namespace {
 
-// One row of the library's property catalogue, as the build extracted it.
-struct CatalogueRow {
-  const char *legacy_path;
-  const char *store_key;
-  int type;
-  const char *default_value;
-};
-
 constexpr CatalogueRow kCatalogue[] = {
 #include "catalogue_rows.inc"
 };
@@ -194,6 +186,8 @@ const Option kDirect{"direct", 'd', nullptr,
 const Option kDcsgen{"dcsgen", 0, nullptr, "use the mapping daemon's DCSGEN properties"};
 
 }  // namespace
+
+std::span<const CatalogueRow> catalogue_rows() { return kCatalogue; }
 
 std::vector<Command> property_commands() {
   return {
