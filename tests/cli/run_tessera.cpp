@@ -76,7 +76,7 @@ Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string
     for (const auto &entry : env) {
       putenv(const_cast<char *>(entry.c_str()));
     }
-    execv(argv[0], argv.data());
+    execvp(argv[0], argv.data());
     _exit(127);
   }
   Outcome run;
