@@ -53,8 +53,8 @@ void BM_HttpDecodeSpecialCharacters(benchmark::State &state) {
   const std::string text = encoded_text();
   std::vector<char> out(text.size() + 1);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(HttpDecodeSpecialCharacters(text.c_str(), out.data(),
-                                                         static_cast<unsigned>(text.size())));
+    benchmark::DoNotOptimize(
+        HttpDecodeSpecialCharacters(text.c_str(), out.data(), static_cast<unsigned>(text.size())));
     benchmark::ClobberMemory();
   }
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));

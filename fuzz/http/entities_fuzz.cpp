@@ -29,7 +29,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const bool fits = source.size() <= capacity;
 
   const auto encoded = std::make_unique<char[]>(capacity);
-  const int32_t encode_result = HttpEncodeSpecialCharacters(source.c_str(), encoded.get(), capacity);
+  const int32_t encode_result =
+      HttpEncodeSpecialCharacters(source.c_str(), encoded.get(), capacity);
   check(encode_result == (fits ? 1 : 0));
   check(!fits || capacity == 0 || std::memchr(encoded.get(), '\0', capacity) != nullptr);
   const bool whole = fits && sink.assertions() == 0;

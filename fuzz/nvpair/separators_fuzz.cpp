@@ -45,10 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const std::string result = cleaned.c_str();
   check(result.size() <= text.size());
   check(result.find('\r') == std::string::npos);
-  for (std::size_t lf = result.find('\n'); lf != std::string::npos; lf = result.find('\n', lf + 1)) {
+  for (std::size_t lf = result.find('\n'); lf != std::string::npos;
+       lf = result.find('\n', lf + 1)) {
     check(lf == 0 || result[lf - 1] == '\n' || static_cast<unsigned char>(result[lf - 1]) > 32);
   }
-  check(result.empty() || result.back() == '\n' ||
-        static_cast<unsigned char>(result.back()) > 32);
+  check(result.empty() || result.back() == '\n' || static_cast<unsigned char>(result.back()) > 32);
   return 0;
 }

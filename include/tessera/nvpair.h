@@ -10,10 +10,10 @@ TESSERA_BEGIN_DECLS
 
 /* Results of the list readers. */
 #define NVPAIR_OK 0U
-#define NVPAIR_INVALID 1U         /* null argument, or (value readers) a malformed list */
-#define NVPAIR_NO_INDEX 2U        /* NvPairListGetName: index beyond the list */
-#define NVPAIR_TOO_SMALL 3U       /* the name or value does not fit into size - 1 characters */
-#define NVPAIR_NOT_FOUND 4U       /* value readers: empty list or no such name */
+#define NVPAIR_INVALID 1U          /* null argument, or (value readers) a malformed list */
+#define NVPAIR_NO_INDEX 2U         /* NvPairListGetName: index beyond the list */
+#define NVPAIR_TOO_SMALL 3U        /* the name or value does not fit into size - 1 characters */
+#define NVPAIR_NOT_FOUND 4U        /* value readers: empty list or no such name */
 #define NVPAIR_NO_NAME 0x0FFFFFFFU /* NvPairListGetName: the list ended where a name begins */
 
 /* Copies the name of pair `index` (from 0) of `list` into `name` (size bytes, zeroed first). A
@@ -26,8 +26,8 @@ TESSERA_API uint32_t NvPairListGetName(const char *list, int32_t index, unsigned
 TESSERA_API uint32_t NvPairListGetValue(const char *list, const char *name, unsigned int size,
                                         char *value);
 /* As NvPairListGetValue, and resolves "#EQU#" and "#CMT#" in the value delivered. */
-TESSERA_API uint32_t NvPairListGetLongValue(const char *list, const char *name,
-                                            unsigned int size, char *value);
+TESSERA_API uint32_t NvPairListGetLongValue(const char *list, const char *name, unsigned int size,
+                                            char *value);
 /* The text with '=' written as "#EQU#" and ',' as "#CMT#", in the library's one static buffer:
  * at most 1199 characters, cut before the first character or escape that does not fit. The next
  * call overwrites it; not thread-safe. */

@@ -26,7 +26,8 @@ Read read(Reader reader, const char *list, Key key, unsigned size) {
   std::vector<char> out(size + 1, 'x');
   const uint32_t result = reader(list, key, size, out.data());
   EXPECT_EQ(out[size], 'x') << "wrote past size for " << list;
-  return {result, std::string(out.data(), strnlen(out.data(), size)), std::string(out.data(), size)};
+  return {result, std::string(out.data(), strnlen(out.data(), size)),
+          std::string(out.data(), size)};
 }
 
 TEST(NvPairListGetName, WalksByUnescapedCommasAndStopsAtSeparators) {
@@ -38,22 +39,35 @@ TEST(NvPairListGetName, WalksByUnescapedCommasAndStopsAtSeparators) {
     const char *name;
   };
   const Case cases[] = {
-      {"", 0, 8, kNoName, ""},       {"", 1, 8, 2, ""},
-      {"a=1,b=2", 0, 8, 0, "a"},     {"a=1,b=2", 1, 8, 0, "b"},
-      {"a=1,b=2", 2, 8, 2, ""},      {"a=1,b=2,", 2, 8, kNoName, ""},
-      {",a=1", 0, 8, 0, ""},         {",a=1", 1, 8, 0, "a"},
-      {"=1", 0, 8, 0, ""},           {"a,b", -1, 8, 2, ""},
-      {"abc", 0, 4, 0, "abc"},       {"abcd", 0, 4, 3, "abc"},
-      {"abc", 0, 1, 3, ""},          {"abc", 0, 0, 3, ""},
-      {" a =1", 0, 8, 0, " a "},     {"a,b,c", 2, 8, 0, "c"},
+      {"", 0, 8, kNoName, ""},
+      {"", 1, 8, 2, ""},
+      {"a=1,b=2", 0, 8, 0, "a"},
+      {"a=1,b=2", 1, 8, 0, "b"},
+      {"a=1,b=2", 2, 8, 2, ""},
+      {"a=1,b=2,", 2, 8, kNoName, ""},
+      {",a=1", 0, 8, 0, ""},
+      {",a=1", 1, 8, 0, "a"},
+      {"=1", 0, 8, 0, ""},
+      {"a,b", -1, 8, 2, ""},
+      {"abc", 0, 4, 0, "abc"},
+      {"abcd", 0, 4, 3, "abc"},
+      {"abc", 0, 1, 3, ""},
+      {"abc", 0, 0, 3, ""},
+      {" a =1", 0, 8, 0, " a "},
+      {"a,b,c", 2, 8, 0, "c"},
       // Escapes: skipped when counting, taken literally when copying, and needing room.
-      {"a\\,b=1,c=2", 0, 8, 0, "a,b"}, {"a\\,b=1,c=2", 1, 8, 0, "c"},
-      {"a\\=b\\\\", 0, 8, 0, "a=b\\"},  {"a,\\,b", 1, 8, 0, ",b"},
-      {"a,\\,b", 2, 8, 2, ""},         {"ab\\c", 0, 3, 3, "ab"},
+      {"a\\,b=1,c=2", 0, 8, 0, "a,b"},
+      {"a\\,b=1,c=2", 1, 8, 0, "c"},
+      {"a\\=b\\\\", 0, 8, 0, "a=b\\"},
+      {"a,\\,b", 1, 8, 0, ",b"},
+      {"a,\\,b", 2, 8, 2, ""},
+      {"ab\\c", 0, 3, 3, "ab"},
       {"a\\bc", 0, 3, 3, "ab"},
       // A trailing backslash escapes nothing: the walk and the name end at the terminator.
-      {"a\\", 0, 8, 0, "a"},           {"\\", 0, 8, kNoName, ""},
-      {"x,\\", 1, 8, kNoName, ""},     {"x,\\", 2, 8, 2, ""},
+      {"a\\", 0, 8, 0, "a"},
+      {"\\", 0, 8, kNoName, ""},
+      {"x,\\", 1, 8, kNoName, ""},
+      {"x,\\", 2, 8, 2, ""},
   };
   for (const auto &c : cases) {
     const Read r = read(NvPairListGetName, c.list, c.index, c.size);
@@ -90,21 +104,34 @@ TEST(NvPairListGetValue, FollowsTheNameSkipCopyWalk) {
     const char *value;
   };
   const Case cases[] = {
-      {"a=1,b=2", "b", 8, 0, "2"},      {"a=1,b=2", "c", 8, 4, ""},
-      {"", "a", 8, 4, ""},              {"a", "a", 8, 4, ""},
-      {"a,b=2", "b", 8, 1, ""},         {",a=1", "a", 8, 1, ""},
-      {"a=", "a", 8, 0, ""},            {"a=,b=2", "a", 8, 0, ""},
-      {"a==1", "a", 8, 1, ""},          {"a=1=2", "a", 8, 1, "1"},
-      {"x=1=2,a=3", "a", 8, 1, ""},     {"a=1,,b=2", "a", 8, 0, "1"},
-      {"a=1,,b=2", "b", 8, 1, ""},      {"a=123,b=1", "a", 4, 0, "123"},
-      {"a=1234", "a", 4, 3, "123"},     {"a=", "a", 1, 0, ""},
-      {"a=1", "a", 1, 3, ""},           {"a=1", "a", 0, 3, ""},
+      {"a=1,b=2", "b", 8, 0, "2"},
+      {"a=1,b=2", "c", 8, 4, ""},
+      {"", "a", 8, 4, ""},
+      {"a", "a", 8, 4, ""},
+      {"a,b=2", "b", 8, 1, ""},
+      {",a=1", "a", 8, 1, ""},
+      {"a=", "a", 8, 0, ""},
+      {"a=,b=2", "a", 8, 0, ""},
+      {"a==1", "a", 8, 1, ""},
+      {"a=1=2", "a", 8, 1, "1"},
+      {"x=1=2,a=3", "a", 8, 1, ""},
+      {"a=1,,b=2", "a", 8, 0, "1"},
+      {"a=1,,b=2", "b", 8, 1, ""},
+      {"a=123,b=1", "a", 4, 0, "123"},
+      {"a=1234", "a", 4, 3, "123"},
+      {"a=", "a", 1, 0, ""},
+      {"a=1", "a", 1, 3, ""},
+      {"a=1", "a", 0, 3, ""},
       // The pair's name need only be a prefix of the searched name; the first match wins.
-      {"ab=1,abc=2", "abc", 8, 0, "1"}, {"abc=1", "ab", 8, 4, ""},
-      {"=1,a=2", "a", 8, 0, "1"},       {"A=1", "a", 8, 4, ""},
+      {"ab=1,abc=2", "abc", 8, 0, "1"},
+      {"abc=1", "ab", 8, 4, ""},
+      {"=1,a=2", "a", 8, 0, "1"},
+      {"A=1", "a", 8, 4, ""},
       // Blanks and backslashes are ordinary characters; nothing is trimmed.
-      {" a=1", "a", 8, 4, ""},          {"a= 1 ", "a", 8, 0, " 1 "},
-      {"a\\=1", "a\\", 8, 0, "1"},      {"a\\,b=1", "b", 8, 1, ""},
+      {" a=1", "a", 8, 4, ""},
+      {"a= 1 ", "a", 8, 0, " 1 "},
+      {"a\\=1", "a\\", 8, 0, "1"},
+      {"a\\,b=1", "b", 8, 1, ""},
       {"a=#EQU#x#CMT#y", "a", 16, 0, "#EQU#x#CMT#y"},
   };
   for (const auto &c : cases) {
@@ -127,8 +154,10 @@ TEST(NvPairListGetLongValue, ResolvesEscapesOfTheRawValueWhateverTheResult) {
   const Case cases[] = {
       {"a=#EQU#x#CMT#y", "a", 16, 0, "=x,y"},
       {"a=#EQU#", "a", 5, 3, "#EQU"},  // the limit binds the raw value
-      {"a=#EQU#", "a", 6, 0, "="},     {"a=#CMT#=", "a", 16, 1, ","},
-      {"#EQU#=1", "=", 8, 4, ""},      {"#EQU#=1", "#EQU#", 8, 0, "1"},
+      {"a=#EQU#", "a", 6, 0, "="},
+      {"a=#CMT#=", "a", 16, 1, ","},
+      {"#EQU#=1", "=", 8, 4, ""},
+      {"#EQU#=1", "#EQU#", 8, 0, "1"},
       {"b=#EQU#", "a", 8, 4, ""},
   };
   for (const auto &c : cases) {

@@ -38,9 +38,9 @@ TEST(XmlParseTag, CutsTheRawTextBetweenTheFirstStartTagAndTheEndTagBehindIt) {
     const char *value;
   };
   const Case cases[] = {
-      {"a", "<a>1</a>", "1"},          {"a", "x<a>1</a>y<a>2</a>", "1"},
-      {"a", "<a></a>", ""},            {"a", "<a><a>1</a></a>", "<a>1"},
-      {"a", "</a><a>1</a>", "1"},      {"a", "<a>&lt; <b/></a>", "&lt; <b/>"},
+      {"a", "<a>1</a>", "1"},     {"a", "x<a>1</a>y<a>2</a>", "1"},
+      {"a", "<a></a>", ""},       {"a", "<a><a>1</a></a>", "<a>1"},
+      {"a", "</a><a>1</a>", "1"}, {"a", "<a>&lt; <b/></a>", "&lt; <b/>"},
       {"", "<>v</>", "v"},
   };
   for (const auto &c : cases) {
