@@ -15,7 +15,9 @@ if(TESSERA_SANITIZE)
   string(REPLACE "," ";" _tessera_sanitizers "${TESSERA_SANITIZE}")
   set(TESSERA_SANITIZE_FLAGS "-fsanitize=${TESSERA_SANITIZE}" -fno-omit-frame-pointer -g)
   if("undefined" IN_LIST _tessera_sanitizers)
-    list(APPEND TESSERA_SANITIZE_FLAGS -fno-sanitize-recover=all -fno-sanitize=vptr)
+    # vptr needs RTTI, which the library is built without; function's handler lives in the C++
+    # part of the runtime, which a C program linking the library doesn't carry.
+    list(APPEND TESSERA_SANITIZE_FLAGS -fno-sanitize-recover=all -fno-sanitize=vptr,function)
   endif()
   add_compile_options(${TESSERA_SANITIZE_FLAGS})
   add_link_options("-fsanitize=${TESSERA_SANITIZE}")

@@ -8,6 +8,79 @@
 
 TESSERA_BEGIN_DECLS
 
+/* Property type codes, as convert_prop_name returns them. */
+#define PROP_TYPE_NONE 0            /* no declared form: text at the store */
+#define PROP_TYPE_RESERVED 1        /* no value form: refused by store reads and writes */
+#define PROP_TYPE_BOOL 2            /* flag, "0" or "1" */
+#define PROP_TYPE_INT 3             /* signed decimal number */
+#define PROP_TYPE_BYTE 4            /* unsigned byte of the network record */
+#define PROP_TYPE_SHORT 5           /* number; unsigned 16-bit in the network record */
+#define PROP_TYPE_STR 6             /* text */
+#define PROP_TYPE_STR_N 7           /* text through the counted store calls */
+#define PROP_TYPE_ADDR_PREFIX 8     /* address with prefix, shown as "address/prefix" */
+#define PROP_TYPE_PREFIX 9          /* the prefix half of an address with prefix */
+#define PROP_TYPE_CONFIG_CHANGED 10 /* change markers: refused by store reads and writes */
+
+/* Kinds of special_prop_table rows. */
+#define SPECIAL_PROP_KIND_NETWORK 0  /* a field of the network record */
+#define SPECIAL_PROP_KIND_FIRMWARE 3 /* a firmware value: never read, writes refused */
+
+/* One row of special_prop_table: a property that lives outside the store's single values.
+ * Rows are 16 bytes on 32-bit targets (24 on 64-bit); the table ends with a row whose source
+ * is 0 and whose name is the empty text. */
+typedef struct SpecialProp {
+  const char *name;    /* legacy path */
+  int32_t kind;        /* SPECIAL_PROP_KIND_* */
+  int32_t source;      /* field selector for get_src_addr; 0 only in the end row */
+  uint16_t clear_code; /* clear bit of a text field (0x8000 set: first mask), else 0 */
+} SpecialProp;
+
+/* The 58 network and firmware properties, in lookup order, and the end row. */
+TESSERA_API extern const SpecialProp special_prop_table[];
+
+/* Size of the network record that "netGetCurrentIfConfig" and "netSetNetConfig" carry. */
+#define TESSERA_NETWORK_RECORD_SIZE 4768
+
+/* Reads a property by legacy path or store key, without the mapping daemon, into `out` (at
+ * least 1025 bytes for store values, 255 for network ones), then cuts it to `len` - 1
+ * characters. Empties `out` first. Returns 0, 1 (network record unavailable) or 2 (bad
+ * argument, store read failed, type not readable). */
+TESSERA_API int32_t Cfgmgr_Get_Property_ori(const char *name, char *out, unsigned int len);
+
+/* As Cfgmgr_Get_Property_ori, but leaves `out` as given when nothing is read (firmware
+ * properties), so `out` must then hold a terminated text. */
+TESSERA_API int32_t Cfgmgr_Ext_Get_Property(const char *name, char *out, unsigned int len);
+
+/* Writes a property by legacy path or store key, without the mapping daemon. Returns 0, 1 (bad
+ * argument, store write failed, not writable), or the network apply's own non-zero result. */
+TESSERA_API int32_t Cfgmgr_Set_Property_ori(const char *name, const char *value);
+
+/* Same as Cfgmgr_Set_Property_ori. */
+TESSERA_API int32_t Cfgmgr_Ext_Set_Property(const char *name, const char *value);
+
+/* Reads a property from the store, by its catalogue type, into `out` (at least 1025 bytes).
+ * Returns 0, or 2 when the store read fails or the type can't be read. */
+TESSERA_API int32_t ORBGetPropertyValue(const char *name, char *out);
+
+/* Writes a property to the store by its catalogue type. Returns 0, or 1 when the store refuses
+ * it or the type can't be written. */
+TESSERA_API int32_t ORBSetPropertyValue(const char *name, const char *value);
+
+/* Index of the special_prop_table row for `name` (or for its stem without a trailing number of up
+ * to three digits), or -1 when the property lives at the store. */
+TESSERA_API int32_t Is_Special_Prop(const char *name);
+
+/* Translates a legacy path or store key into the name used at the store, written to `key`
+ * (128 bytes). Returns the property type code; 0 for names outside the catalogue. */
+TESSERA_API int32_t convert_prop_name(const char *name, char *key);
+
+/* Index of the first catalogue row whose legacy path is `path`, or -1. */
+TESSERA_API int32_t findLegacyPropertyIndex(const char *path);
+
+/* Address of the field of special_prop_table[index] inside the record at `record`, or null when
+ * the row selects no field. */
+TESSERA_API void *get_src_addr(void *record, int32_t index);
+
 TESSERA_END_DECLS
 
 #endif /* TESSERA_ORB_CFG_H */

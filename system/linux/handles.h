@@ -5,6 +5,7 @@
 #include <memory>
 #include <utility>
 
+#include <dirent.h>
 #include <unistd.h>
 
 namespace tessera {
@@ -43,9 +44,14 @@ struct FileCloser {
 struct PipeCloser {
   void operator()(std::FILE *pipe) const noexcept { ::pclose(pipe); }
 };
+struct DirCloser {
+  void operator()(DIR *dir) const noexcept { ::closedir(dir); }
+};
 
 // A stream from fopen, closed with fclose; a stream from popen, closed with pclose.
 using UniqueFile = std::unique_ptr<std::FILE, FileCloser>;
 using UniquePipe = std::unique_ptr<std::FILE, PipeCloser>;
+// A directory stream from opendir, closed with closedir.
+using UniqueDir = std::unique_ptr<DIR, DirCloser>;
 
 }  // namespace tessera

@@ -1,0 +1,102 @@
+// The tokenizer: its tokens, the one-block layout the caller frees with free(), cut tokens, and
+// what the vector keeps when memory runs out.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "heap_seam.h"
+#include "string/tokenize.h"
+#include "strlib_test.h"
+#include "tessera/strlib.h"
+
+namespace tessera::test {
+namespace {
+
+using Tokens = std::vector<std::string>;
+
+// Tokenizes `text`, checks that the block holds the pointer array, its null and then the texts
+// back to back, and releases it with free().
+Tokens tokenize(const std::string &text) {
+  char **argv = StrTokenize(text.c_str());
+  EXPECT_NE(argv, nullptr);
+  if (argv == nullptr) return {};
+  Tokens tokens = tokens_of(argv);
+  const char *next = reinterpret_cast<const char *>(argv + tokens.size() + 1);
+  for (std::size_t i = 0; i < tokens.size(); ++i) {
+    EXPECT_EQ(argv[i], next) << "token " << i << " of '" << text << "'";
+    next += tokens[i].size() + 1;
+  }
+  std::free(static_cast<void *>(argv));
+  return tokens;
+}
+
+TEST(StrTokenize, SplitsAtBlanksWithQuotedSections) {
+  const std::pair<std::string, Tokens> cases[] = {
+      // clang-format off
+      {"", {""}}, {"   ", {""}}, {"a b", {"a", "b"}}, {"a  b", {"a", "b"}}, {"a ", {"a", ""}},
+      {" a", {"a"}}, {"''", {}}, {"'' a", {"", "a"}}, {"a ''", {"a"}}, {"x'a b'y", {"xa by"}},
+      {"'a\"b'", {"a\"b"}}, {R"('it\'s')", {"it's"}}, {R"('a\\b')", {"a\\b"}},
+      {R"(a\ b)", {"a\\", "b"}}, {"'a' 'b'", {"a", "b"}}, {"\"unclosed a  b", {"unclosed a  b"}},
+      {"a\tb", {"a\tb"}}, {"'a\\", {"a"}}, {"\"\" \"\" ", {"", "", ""}},
+      // clang-format on
+  };
+  for (const auto &[text, expected] : cases) {
+    EXPECT_EQ(tokenize(text), expected) << "'" << text << "'";
+    EXPECT_EQ(reference_tokens(text), expected) << "reference: '" << text << "'";
+  }
+  const std::string long_token(2000, 'x'), cut = long_token.substr(0, 1027);
+  EXPECT_EQ(tokenize(long_token + " b"), (Tokens{cut, "b"}));
+  EXPECT_EQ(tokenize("'" + long_token + "'"), Tokens{cut});
+  EXPECT_EQ(tokenize(cut), Tokens{cut});
+  EXPECT_EQ(CaptureSink::instance().reports().size(), 0U);
+}
+
+TEST(StrTokenize, AgreesWithAReferenceSplitter) {
+  std::mt19937 rng(3);
+  const std::string alphabet = "ab  '\"\\\t";
+  for (int i = 0; i < 20000; ++i) {
+    std::string text(rng() % 16, ' ');
+    for (char &c : text) c = alphabet[rng() % alphabet.size()];
+    ASSERT_EQ(tokenize(text), reference_tokens(text)) << "'" << text << "'";
+  }
+}
+
+TEST(StrTokenize, KeepsWhatItHasWhenALaterBlockCannotBeMade) {
+  const std::string text = "one two three";
+  const Tokens all{"one", "two", "three"};
+  const auto allocations = allocations_of([&] { std::free(StrTokenize(text.c_str())); });
+  ASSERT_EQ(allocations, 1 + all.size());  // the empty vector, then one block per token
+  {
+    FailNthAllocation fail(1);
+    EXPECT_EQ(StrTokenize(text.c_str()), nullptr);
+  }
+  for (std::uint32_t n = 2; n <= allocations; ++n) {
+    FailNthAllocation fail(n);
+    Tokens expected = all;
+    expected.erase(expected.begin() + (n - 2));
+    EXPECT_EQ(tokenize(text), expected) << "allocation " << n << " failed";
+  }
+}
+
+TEST(StrArgvAppend, GrowsTheVectorAndItsSizeByTheTextAndAPointer) {
+  std::size_t size = sizeof(char *);
+  auto **argv = static_cast<char **>(std::calloc(1, size));
+  argv = strArgvAppend(argv, "ab", &size);
+  argv = strArgvAppend(argv, "", &size);
+  EXPECT_EQ(size, 3 * sizeof(char *) + 3 + 1);
+  EXPECT_EQ(tokens_of(argv), (Tokens{"ab", ""}));
+  {
+    FailNthAllocation fail(1);
+    EXPECT_EQ(strArgvAppend(argv, "lost", &size), argv);
+  }
+  EXPECT_EQ(size, 4 * sizeof(char *) + 3 + 1 + 5);  // the lost text stays counted
+  argv = strArgvAppend(argv, "c", &size);
+  EXPECT_EQ(tokens_of(argv), (Tokens{"ab", "", "c"}));
+  std::free(static_cast<void *>(argv));
+}
+
+}  // namespace
+}  // namespace tessera::test

@@ -1,0 +1,285 @@
+// Named locks on real System V semaphores. semget and semctl are replaced in this program so that
+// a test can make one of them fail; unarmed they pass through.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <dlfcn.h>
+#include <pthread.h>
+#include <sched.h>
+#include <sys/ipc.h>
+#include <sys/sem.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "capture_sink.h"
+#include "heap_seam.h"
+#include "sync/linux/lock.h"
+#include "tessera/sync.h"
+#include "tests/system/os_test_support.h"
+
+namespace {
+
+std::atomic<bool> g_fail_semget{false};
+std::atomic<int> g_fail_semctl{-1};  // the command that fails, or -1
+
+template <class Function>
+Function *next_definition(const char *name) {
+  return reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" int semget(key_t key, int count, int flags) {
+  static auto *const real = next_definition<int(key_t, int, int)>("semget");
+  if (g_fail_semget.load()) {
+    errno = ENOSPC;
+    return -1;
+  }
+  return real(key, count, flags);
+}
+
+extern "C" int semctl(int id, int number, int command, ...) {
+  static auto *const real = next_definition<int(int, int, int, ...)>("semctl");
+  va_list args;
+  va_start(args, command);
+  void *argument = va_arg(args, void *);  // the union: an int or a pointer, passed as a word
+  va_end(args);
+  if (command == g_fail_semctl.load()) {
+    errno = EPERM;
+    return -1;
+  }
+  return real(id, number, command, argument);
+}
+
+namespace tessera::test {
+namespace {
+
+int semaphore_of(const OSLock *lock) {
+  return semget(lock->key, 1, 0);
+}
+int value_of(const OSLock *lock) {
+  return semctl(semaphore_of(lock), 0, GETVAL);
+}
+
+// Waits, without a time limit, until `count` callers wait on the lock's semaphore.
+void await_waiters(const OSLock *lock, int count) {
+  while (semctl(semaphore_of(lock), 0, GETNCNT) != count) {
+    sched_yield();
+  }
+}
+
+TEST(Lock, InitMakesAFreeLockWithItsOwnKeyAndNameWhoseTagComesLast) {
+  const std::string longest(255, 'n');
+  OSLock *first = OSLockInit(longest.c_str());
+  OSLock *second = OSLockInit(longest.c_str());
+  OSLock *unnamed = OSLockInit(nullptr);
+  ASSERT_NE(first, nullptr);
+  ASSERT_NE(second, nullptr);
+  ASSERT_NE(unnamed, nullptr);
+  EXPECT_EQ(first->key, static_cast<key_t>(reinterpret_cast<uintptr_t>(first)));
+  EXPECT_NE(first->key, second->key);
+  EXPECT_EQ(first->name, longest);
+  EXPECT_STREQ(unnamed->name, "");
+  EXPECT_EQ(first->tag, 0x13517537U);
+  for (OSLock *lock : {first, second, unnamed}) {
+    EXPECT_EQ(value_of(lock), 1);
+  }
+  // Equal names don't tie locks together: both can be held at once.
+  EXPECT_EQ(OSLockAcquire(first), 1);
+  EXPECT_EQ(OSLockAcquire(second), 1);
+  EXPECT_EQ(OSLockAcquire(unnamed), 1);
+  for (OSLock *lock : {first, second, unnamed}) {
+    EXPECT_EQ(OSLockRelease(lock), 1);
+    EXPECT_EQ(OSLockUninit(lock), 1);
+  }
+  EXPECT_TRUE(CaptureSink::instance().reports().empty());
+}
+
+TEST(Lock, InitFailsForALongNameNoMemoryOrAFailingSemaphore) {
+  EXPECT_EQ(OSLockInit(std::string(256, 'n').c_str()), nullptr);
+  EXPECT_EQ(CaptureSink::instance().assertions(), 1U);
+  {
+    const FailNthAllocation fail(1);
+    EXPECT_EQ(OSLockInit("lock"), nullptr);
+  }
+  EXPECT_EQ(CaptureSink::instance().assertions(), 2U);
+
+  // The record is released (the leak check of the sanitizer build sees to it), with no report.
+  g_fail_semget = true;
+  EXPECT_EQ(OSLockInit("lock"), nullptr);
+  g_fail_semget = false;
+  g_fail_semctl = SETVAL;
+  EXPECT_EQ(OSLockInit("lock"), nullptr);
+  g_fail_semctl = -1;
+  EXPECT_EQ(CaptureSink::instance().reports().size(), 2U);
+}
+
+TEST(Lock, UninitRemovesTheSemaphoreAndANewLockStartsFree) {
+  OSLock *lock = OSLockInit("lock");
+  ASSERT_NE(lock, nullptr);
+  const key_t key = lock->key;
+  ASSERT_EQ(OSLockAcquire(lock), 1);
+  EXPECT_EQ(OSLockUninit(lock), 1);
+  EXPECT_EQ(semget(key, 1, 0), -1);
+
+  OSLock *again = OSLockInit("lock");  // most likely at the same address, so the same key
+  ASSERT_NE(again, nullptr);
+  EXPECT_EQ(value_of(again), 1);
+  EXPECT_EQ(OSLockUninit(again), 1);
+}
+
+TEST(Lock, ReleaseWithoutAcquireRaisesTheValue) {
+  OSLock *lock = OSLockInit(nullptr);
+  ASSERT_NE(lock, nullptr);
+  EXPECT_EQ(OSLockRelease(lock), 1);
+  EXPECT_EQ(value_of(lock), 2);
+  EXPECT_EQ(OSLockAcquire(lock), 1);
+  EXPECT_EQ(OSLockAcquire(lock), 1);
+  EXPECT_EQ(value_of(lock), 0);
+  EXPECT_EQ(OSLockUninit(lock), 1);
+}
+
+TEST(Lock, BadHandlesFailWithTheAssertionButUninitStaysSilent) {
+  OSLock forged{};
+  forged.tag = 0x13517538;
+  for (OSLock *lock : {static_cast<OSLock *>(nullptr), &forged}) {
+    CaptureSink::instance().reset();
+    EXPECT_EQ(OSLockAcquire(lock), 0);
+    EXPECT_EQ(OSLockRelease(lock), 0);
+    EXPECT_EQ(CaptureSink::instance().assertions(), 2U);
+    EXPECT_EQ(OSLockUninit(lock), 0);
+    EXPECT_EQ(CaptureSink::instance().reports().size(), 2U);
+  }
+}
+
+TEST(Lock, ASemaphoreRemovedBehindTheHandleFailsEachOperation) {
+  OSLock *lock = OSLockInit("lock");
+  ASSERT_NE(lock, nullptr);
+  ASSERT_EQ(semctl(semaphore_of(lock), 0, IPC_RMID), 0);
+  EXPECT_EQ(OSLockAcquire(lock), 0);
+  EXPECT_TRUE(CaptureSink::instance().reports().empty());
+  EXPECT_EQ(OSLockRelease(lock), 0);
+  EXPECT_EQ(CaptureSink::instance().assertions(), 1U);
+  EXPECT_EQ(OSLockUninit(lock), 0);  // and the record is released all the same
+  EXPECT_EQ(CaptureSink::instance().reports().size(), 1U);
+}
+
+TEST(Lock, ReleaseBeyondTheLargestValueFailsSilently) {
+  OSLock *lock = OSLockInit("lock");
+  ASSERT_NE(lock, nullptr);
+  ASSERT_EQ(semctl(semaphore_of(lock), 0, SETVAL, 32767), 0);  // SEMVMX
+  EXPECT_EQ(OSLockRelease(lock), 0);
+  EXPECT_TRUE(CaptureSink::instance().reports().empty());
+  EXPECT_EQ(OSLockUninit(lock), 1);
+}
+
+// A lock held by this thread, and another thread waiting in OSLockAcquire for it.
+class LockThreads : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    lock_ = OSLockInit("lock");
+    ASSERT_NE(lock_, nullptr);
+    ASSERT_EQ(OSLockAcquire(lock_), 1);
+    waiter_ = std::thread([this] { result_ = OSLockAcquire(lock_); });
+    await_waiters(lock_, 1);
+  }
+  void TearDown() override {
+    if (waiter_.joinable()) {
+      waiter_.join();
+    }
+    EXPECT_EQ(OSLockUninit(lock_), 1);
+  }
+
+  OSLock *lock_ = nullptr;
+  std::atomic<int> result_{-1};
+  std::thread waiter_;
+};
+
+TEST_F(LockThreads, AcquireWaitsUntilAnotherThreadReleases) {
+  EXPECT_EQ(result_.load(), -1);
+  EXPECT_EQ(OSLockRelease(lock_), 1);
+  waiter_.join();
+  EXPECT_EQ(result_.load(), 1);
+  EXPECT_EQ(value_of(lock_), 0);
+}
+
+void ignore_signal(int /*signal*/) {}
+
+TEST_F(LockThreads, ASignalBreaksAWaitOffWithoutRetry) {
+  struct sigaction action {};
+  struct sigaction previous {};
+  action.sa_handler = ignore_signal;
+  action.sa_flags = SA_RESTART;  // semop is never restarted all the same
+  sigemptyset(&action.sa_mask);
+  ASSERT_EQ(sigaction(SIGUSR1, &action, &previous), 0);
+  while (result_.load() == -1) {
+    pthread_kill(waiter_.native_handle(), SIGUSR1);
+    sched_yield();
+  }
+  waiter_.join();
+  sigaction(SIGUSR1, &previous, nullptr);
+  EXPECT_EQ(result_.load(), 0);
+  EXPECT_EQ(value_of(lock_), 0);  // still held by this thread
+  EXPECT_TRUE(CaptureSink::instance().reports().empty());
+}
+
+// Threads sharing one handle: each call's operation is its own, so the handle is only read, and
+// the lock lets one holder in at a time.
+TEST(LockSharing, SerialisesThreadsSharingOneHandle) {
+  OSLock *lock = OSLockInit("shared");
+  ASSERT_NE(lock, nullptr);
+  std::atomic<int> inside{0};
+  std::atomic<int> overlaps{0};
+  std::atomic<int> failures{0};
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&] {
+      for (int i = 0; i < 200; ++i) {
+        failures += 1 - OSLockAcquire(lock);
+        if (inside.fetch_add(1) != 0) {
+          ++overlaps;
+        }
+        sched_yield();
+        inside.fetch_sub(1);
+        failures += 1 - OSLockRelease(lock);
+      }
+    });
+  }
+  for (auto &thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(failures.load(), 0);
+  EXPECT_EQ(overlaps.load(), 0);
+  EXPECT_EQ(value_of(lock), 1);
+  EXPECT_EQ(OSLockUninit(lock), 1);
+}
+
+TEST(LockProcesses, AChildWaitsUntilTheParentReleases) {
+  OSLock *lock = OSLockInit("lock");
+  ASSERT_NE(lock, nullptr);
+  ASSERT_EQ(OSLockAcquire(lock), 1);
+  const pid_t child = fork();
+  if (child == 0) {  // the handle crossed fork: same key, same semaphore
+    const int acquired = OSLockAcquire(lock);
+    const int released = OSLockRelease(lock);
+    _exit(acquired == 1 && released == 1 ? 0 : 1);
+  }
+  ASSERT_GT(child, 0);
+  await_waiters(lock, 1);
+  EXPECT_EQ(OSLockRelease(lock), 1);
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  EXPECT_EQ(value_of(lock), 1);
+  EXPECT_EQ(OSLockUninit(lock), 1);
+}
+
+}  // namespace
+}  // namespace tessera::test

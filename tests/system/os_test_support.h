@@ -1,0 +1,134 @@
+// Helpers of the operating-system, lock and trace tests: a scratch directory, capture of a file
+// descriptor, standard input from another descriptor, and a body run in a child process.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+
+#include <fcntl.h>
+#include <stdio_ext.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tessera::test {
+
+inline std::string read_file(const std::string &path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+inline void write_file(const std::string &path, const std::string &text) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+}
+
+// A fresh directory under /tmp, removed with its contents at the end.
+class ScratchDir {
+ public:
+  ScratchDir() {
+    char pattern[] = "/tmp/tessera-os-XXXXXX";
+    path_ = ::mkdtemp(pattern);
+  }
+  ~ScratchDir() { static_cast<void>(std::system(("rm -rf '" + path_ + "'").c_str())); }
+  ScratchDir(const ScratchDir &) = delete;
+  ScratchDir &operator=(const ScratchDir &) = delete;
+
+  [[nodiscard]] const std::string &path() const { return path_; }
+  [[nodiscard]] std::string file(const std::string &name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+// While it lives, what is written to `fd` (1 or 2) lands in a scratch file; text() reads it.
+class CaptureFd {
+ public:
+  explicit CaptureFd(int fd) : fd_(fd), file_(scratch_.file("captured")) {
+    std::fflush(nullptr);
+    saved_ = ::dup(fd_);
+    const int target = ::open(file_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    ::dup2(target, fd_);
+    ::close(target);
+  }
+  ~CaptureFd() {
+    std::fflush(nullptr);
+    ::dup2(saved_, fd_);
+    ::close(saved_);
+  }
+  CaptureFd(const CaptureFd &) = delete;
+  CaptureFd &operator=(const CaptureFd &) = delete;
+
+  [[nodiscard]] std::string text() const {
+    std::fflush(nullptr);
+    return read_file(file_);
+  }
+  [[nodiscard]] const std::string &path() const { return file_; }
+
+ private:
+  int fd_;
+  int saved_ = -1;
+  ScratchDir scratch_;
+  std::string file_;
+};
+
+// While it lives, descriptor 0 and stdin read from `fd`; stdin starts with an empty buffer.
+class StdinFrom {
+ public:
+  explicit StdinFrom(int fd) : saved_(::dup(STDIN_FILENO)) {
+    ::dup2(fd, STDIN_FILENO);
+    reset_stream();
+  }
+  ~StdinFrom() {
+    ::dup2(saved_, STDIN_FILENO);
+    ::close(saved_);
+    reset_stream();
+  }
+  StdinFrom(const StdinFrom &) = delete;
+  StdinFrom &operator=(const StdinFrom &) = delete;
+
+ private:
+  static void reset_stream() {
+    __fpurge(stdin);
+    std::clearerr(stdin);
+  }
+  int saved_;
+};
+
+// Runs `body` in a forked child, for what must not reach this process (a signal disposition, a
+// changed user). The body returns what went wrong, empty when all is well; so does this.
+inline std::string in_child(const std::function<std::string()> &body) {
+  int channel[2];
+  if (::pipe(channel) != 0) {
+    return "pipe failed";
+  }
+  std::fflush(nullptr);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::close(channel[0]);
+    const std::string problems = body();
+    static_cast<void>(!::write(channel[1], problems.data(), problems.size()));
+    ::_exit(0);
+  }
+  ::close(channel[1]);
+  std::string problems;
+  char piece[256];
+  for (ssize_t got = 0; (got = ::read(channel[0], piece, sizeof piece)) > 0;) {
+    problems.append(piece, static_cast<std::size_t>(got));
+  }
+  ::close(channel[0]);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    problems += " (child ended with status " + std::to_string(status) + ")";
+  }
+  return problems;
+}
+
+}  // namespace tessera::test

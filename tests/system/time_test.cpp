@@ -1,0 +1,279 @@
+// Sleep, tick count and timezone offsets. nanosleep and times are replaced in this program: on
+// the thread that arms them they record each call and play a script, elsewhere they pass through.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <deque>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <dlfcn.h>
+#include <pthread.h>
+#include <sched.h>
+#include <sys/times.h>
+
+#include "tessera/system.h"
+#include "tests/system/os_test_support.h"
+
+namespace {
+
+struct SleepCall {
+  timespec request;
+  timespec left;        // the remainder after the call
+  bool same_structure;  // request and remainder were one structure
+  int error;            // errno of a failed call, else 0
+};
+
+// Per call: an errno to fail with (writing a remainder of 123456 ns), 0 to succeed at once, or
+// -1 to really sleep.
+thread_local bool t_armed = false;
+thread_local std::deque<int> t_sleep_script;
+thread_local std::deque<clock_t> t_times_script;
+thread_local std::vector<SleepCall> t_sleeps;
+
+template <class Function>
+Function *next_definition(const char *name) {
+  return reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" int nanosleep(const timespec *request, timespec *remaining) {
+  static auto *const real = next_definition<int(const timespec *, timespec *)>("nanosleep");
+  if (!t_armed) {
+    return real(request, remaining);
+  }
+  SleepCall call{.request = *request, .left = {}, .same_structure = request == remaining};
+  int result = 0;
+  const int scripted = t_sleep_script.empty() ? -1 : t_sleep_script.front();
+  if (!t_sleep_script.empty()) {
+    t_sleep_script.pop_front();
+  }
+  if (scripted > 0) {
+    *remaining = timespec{0, 123456};
+    errno = scripted;
+    result = -1;
+  } else if (scripted < 0) {
+    result = real(request, remaining);
+  }
+  call.error = result == -1 ? errno : 0;
+  call.left = *remaining;
+  t_sleeps.push_back(call);
+  return result;
+}
+
+extern "C" clock_t times(tms *buffer) {
+  static auto *const real = next_definition<clock_t(tms *)>("times");
+  if (!t_armed || t_times_script.empty()) {
+    return real(buffer);
+  }
+  const clock_t ticks = t_times_script.front();
+  t_times_script.pop_front();
+  if (ticks == static_cast<clock_t>(-1)) {
+    errno = EFAULT;
+  }
+  return ticks;
+}
+
+namespace tessera::test {
+namespace {
+
+class Scripted : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    t_armed = true;
+    t_sleeps.clear();
+  }
+  void TearDown() override {
+    t_armed = false;
+    t_sleep_script.clear();
+    t_times_script.clear();
+  }
+};
+
+using Sleep = Scripted;
+
+TEST_F(Sleep, SplitsMillisecondsAndRetriesWithWhatWasLeft) {
+  struct Case {
+    uint32_t milliseconds;
+    std::deque<int> script;
+    std::vector<timespec> requests;
+  };
+  const Case cases[] = {
+      {0, {-1}, {{0, 0}}},
+      {1500, {EINVAL}, {{1, 500000000}}},  // an error other than EINTR ends the sleep
+      {4294967295U, {EINTR, EINTR, 0}, {{4294967, 295000000}, {0, 123456}, {0, 123456}}},
+  };
+  for (const auto &c : cases) {
+    t_sleeps.clear();
+    t_sleep_script = c.script;
+    OSSleep(c.milliseconds);
+    ASSERT_EQ(t_sleeps.size(), c.requests.size()) << c.milliseconds;
+    for (std::size_t i = 0; i < c.requests.size(); ++i) {
+      EXPECT_EQ(t_sleeps[i].request.tv_sec, c.requests[i].tv_sec) << c.milliseconds << " #" << i;
+      EXPECT_EQ(t_sleeps[i].request.tv_nsec, c.requests[i].tv_nsec) << c.milliseconds << " #" << i;
+      EXPECT_TRUE(t_sleeps[i].same_structure);
+    }
+  }
+}
+
+TEST_F(Sleep, GivesUpAfterElevenInterruptedCalls) {
+  t_sleep_script.assign(20, EINTR);
+  OSSleep(1000);
+  EXPECT_EQ(t_sleeps.size(), 11U);
+}
+
+void ignore_signal(int /*signal*/) {}
+
+TEST_F(Sleep, EndsShortUnderAStormOfSignalsFromAnotherThread) {
+  struct sigaction action {};
+  struct sigaction previous {};
+  action.sa_handler = ignore_signal;  // no SA_RESTART: each signal breaks the sleep off
+  sigemptyset(&action.sa_mask);
+  ASSERT_EQ(sigaction(SIGUSR1, &action, &previous), 0);
+  std::atomic<bool> done{false};
+  const pthread_t sleeper = pthread_self();
+  std::thread storm([&] {
+    while (!done.load()) {
+      pthread_kill(sleeper, SIGUSR1);
+      sched_yield();
+    }
+  });
+  OSSleep(3600U * 1000U);  // an hour, unless the storm ends it
+  done = true;
+  storm.join();
+  sigaction(SIGUSR1, &previous, nullptr);
+
+  ASSERT_EQ(t_sleeps.size(), 11U);
+  EXPECT_EQ(t_sleeps[0].request.tv_sec, 3600);
+  for (std::size_t i = 0; i < t_sleeps.size(); ++i) {
+    EXPECT_EQ(t_sleeps[i].error, EINTR) << i;
+    EXPECT_TRUE(t_sleeps[i].same_structure);
+    if (i > 0) {  // each retry asks for what the interrupted call left
+      EXPECT_EQ(t_sleeps[i].request.tv_sec, t_sleeps[i - 1].left.tv_sec);
+      EXPECT_EQ(t_sleeps[i].request.tv_nsec, t_sleeps[i - 1].left.tv_nsec);
+    }
+  }
+}
+
+using TickCount = Scripted;
+
+TEST_F(TickCount, IsTenTimesTheTicksModulo2To32WithTheTwoPerrorLines) {
+  struct Case {
+    std::deque<clock_t> ticks;
+    uint32_t expected;
+    std::string errors;
+  };
+  const auto failed = static_cast<clock_t>(-1);
+  const Case cases[] = {
+      {{0}, 0, ""},
+      {{123}, 1230, ""},
+      {{429496729}, 4294967290U, ""},
+      {{429496730}, 4, ""},  // 4294967300 wraps
+      {{failed, 77}, 770, "times:failed:: Bad address\n"},
+      {{failed, failed}, 0xFFFFFFF6U, "times:failed:: Bad address\nTimes Failed:: Bad address\n"},
+  };
+  for (const auto &c : cases) {
+    t_times_script = c.ticks;
+    const CaptureFd errors(STDERR_FILENO);
+    EXPECT_EQ(GetTickCount(), c.expected) << c.ticks.front();
+    EXPECT_EQ(errors.text(), c.errors);
+    EXPECT_TRUE(t_times_script.empty());
+  }
+  t_times_script = {5};
+  EXPECT_EQ(OSGetTickCount(), 50U);
+}
+
+TEST_F(TickCount, TimeDiffKeepsTheWrapRule) {
+  struct Case {
+    clock_t ticks;  // now = ticks * 10 modulo 2^32
+    uint32_t earlier;
+    uint32_t expected;
+  };
+  const Case cases[] = {
+      {100, 1000, 0},
+      {100, 400, 600},
+      {100, 0, 1000},
+      {1717986920, 0xFFFFFFF0U, 0x1F},  // now is 0x10: one less than the true 0x20
+      {0, 1, 0xFFFFFFFEU},
+  };
+  for (const auto &c : cases) {
+    t_times_script = {c.ticks};
+    EXPECT_EQ(OSGetTimeDiff(c.earlier), c.expected) << c.earlier;
+  }
+}
+
+class Timezone : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (const char *tz = std::getenv("TZ")) {
+      saved_ = tz;
+    }
+  }
+  void TearDown() override {
+    if (saved_.empty()) {
+      unsetenv("TZ");
+    } else {
+      setenv("TZ", saved_.c_str(), 1);
+    }
+    tzset();
+  }
+  static void zone(const char *tz, bool apply = true) {
+    setenv("TZ", tz, 1);
+    if (apply) {
+      tzset();
+    }
+  }
+
+ private:
+  std::string saved_;
+};
+
+TEST_F(Timezone, OffsetsFollowTheSystemZone) {
+  struct Case {
+    const char *tz;
+    int32_t offset;
+    int32_t daylight;
+  };
+  const Case cases[] = {
+      {"UTC0", 0, 0},
+      {"EST5", -300, 0},
+      {"EST5EDT,M3.2.0,M11.1.0", -300, 60},
+      {"CET-1CEST,M3.5.0,M10.5.0/3", 60, 60},
+      {"IST-5:30", 330, 0},
+      {"NZST-12NZDT,M9.5.0,M4.1.0/3", 720, 60},
+      {"GMT0BST,M3.5.0/1,M10.5.0", 0, 60},
+      {"ABC0:01:30", -1, 0},  // 90 s west: rounded toward zero
+      {"ABC-0:00:45", 0, 0},  // 45 s east
+  };
+  for (const auto &c : cases) {
+    zone(c.tz);
+    EXPECT_EQ(OSGetTimezoneOffset(), c.offset) << c.tz;
+    EXPECT_EQ(OSGetDaylightOffset(), c.daylight) << c.tz;
+  }
+}
+
+TEST_F(Timezone, ReadsTheZoneAgainOnlyWhileTheOffsetIsZero) {
+  zone("UTC0");
+  ASSERT_EQ(OSGetTimezoneOffset(), 0);
+  zone("EST5EDT,M3.2.0,M11.1.0", false);
+  EXPECT_EQ(OSGetTimezoneOffset(), -300);  // at 0 it runs tzset, which finds the new zone
+  zone("CET-1CEST,M3.5.0,M10.5.0/3", false);
+  EXPECT_EQ(OSGetTimezoneOffset(), -300);  // not at 0: no tzset
+
+  zone("UTC0");
+  zone("GMT0BST,M3.5.0/1,M10.5.0", false);
+  EXPECT_EQ(OSGetDaylightOffset(), 60);  // still at 0: each call runs tzset
+  zone("EST5EDT,M3.2.0,M11.1.0", false);
+  EXPECT_EQ(OSGetDaylightOffset(), 60);
+  zone("EST5", false);
+  EXPECT_EQ(OSGetDaylightOffset(), 60);  // -300 now: no tzset
+}
+
+}  // namespace
+}  // namespace tessera::test
