@@ -40,4 +40,23 @@ TEST(CodecsSharedLibrary, ToolCutsATagAndCodesEntities) {
   EXPECT_EQ(reports[0].message, "Failed to find XML start tag: <id> : <name/>\n");
 }
 
+TEST(CodecsSharedLibrary, ToolParsesAnObjectPathIntoItsOwnBuffer) {
+  union {
+    ObjectPath record;
+    char bytes[256];
+  } buffer;
+  ASSERT_EQ(ObjectPathInit(&buffer.record, sizeof buffer, "//mc/root/cimv2:CIM_Port.ID=\"eth0\""),
+            0);
+  EXPECT_EQ(buffer.record.magic, OBJECTPATH_MAGIC);
+  EXPECT_STREQ(buffer.record.host, "//mc");
+  EXPECT_STREQ(buffer.record.nameSpace, "root/cimv2");
+  EXPECT_STREQ(buffer.record.className, "CIM_Port");
+  EXPECT_EQ(buffer.record.pairCount, 1U);
+  EXPECT_STREQ(ObjectPathGetPropertyValue(&buffer.record, "ID"), "\"eth0\"");
+  EXPECT_EQ(ObjectPathInit(&buffer.record, static_cast<int32_t>(sizeof(ObjectPath)), "C.K=1"), 504);
+  EXPECT_EQ(ObjectPathGetPropertyValue(&buffer.record, "K"), nullptr);
+  EXPECT_EQ(tessera::test::CaptureSink::instance().count("ERROR: %s [%d]: Invalid parameter\n"),
+            1U);
+}
+
 }  // namespace
