@@ -77,31 +77,14 @@ TEST(NvPairListGetName, WalksByUnescapedCommasAndStopsAtSeparators) {
   }
 }
 
-TEST(NvPairListGetName, WalkOverAllIndexesEndsByTheTrailingComma) {
-  const auto last = [](const char *list) {
-    char name[8];
-    uint32_t result = 0;
-    for (int32_t i = 0; result == 0; ++i) result = NvPairListGetName(list, i, sizeof name, name);
-    return result;
-  };
-  EXPECT_EQ(last("a=1,b=2"), 2U);
-  EXPECT_EQ(last("a=1,b=2,"), kNoName);
-}
-
-TEST(NvPairListGetName, NullArgumentsGiveOneAndTouchNothing) {
-  char name[4] = "abc";
-  EXPECT_EQ(NvPairListGetName(nullptr, 0, sizeof name, name), 1U);
-  EXPECT_STREQ(name, "abc");
-  EXPECT_EQ(NvPairListGetName("a", 0, 4, nullptr), 1U);
-}
-
-TEST(NvPairListGetValue, FollowsTheNameSkipCopyWalk) {
+TEST(NvPairListGetValue, FollowsTheNameSkipCopyWalkAndTheLongReaderResolvesItsValue) {
   struct Case {
     const char *list;
     const char *name;
     unsigned size;
     uint32_t result;
     const char *value;
+    const char *resolved = nullptr;  // from NvPairListGetLongValue, when not `value`
   };
   const Case cases[] = {
       {"a=1,b=2", "b", 8, 0, "2"},
@@ -132,49 +115,37 @@ TEST(NvPairListGetValue, FollowsTheNameSkipCopyWalk) {
       {"a= 1 ", "a", 8, 0, " 1 "},
       {"a\\=1", "a\\", 8, 0, "1"},
       {"a\\,b=1", "b", 8, 1, ""},
-      {"a=#EQU#x#CMT#y", "a", 16, 0, "#EQU#x#CMT#y"},
+      // Escapes: resolved by the long reader only, after the walk, whatever its result; the limit
+      // binds the raw value, and names are compared raw.
+      {"a=#EQU#x#CMT#y", "a", 16, 0, "#EQU#x#CMT#y", "=x,y"},
+      {"a=#EQU#", "a", 5, 3, "#EQU"},
+      {"a=#EQU#", "a", 6, 0, "#EQU#", "="},
+      {"a=#CMT#=", "a", 16, 1, "#CMT#", ","},
+      {"#EQU#=1", "=", 8, 4, ""},
+      {"#EQU#=1", "#EQU#", 8, 0, "1"},
   };
   for (const auto &c : cases) {
-    const Read r = read(NvPairListGetValue, c.list, c.name, c.size);
-    EXPECT_EQ(r.result, c.result) << c.list << " / " << c.name;
-    EXPECT_EQ(r.text, c.value) << c.list << " / " << c.name;
-    EXPECT_EQ(r.bytes.find_first_not_of('\0', r.text.size()), std::string::npos) << c.list;
+    const Read raw = read(NvPairListGetValue, c.list, c.name, c.size);
+    EXPECT_EQ(raw.result, c.result) << c.list << " / " << c.name;
+    EXPECT_EQ(raw.text, c.value) << c.list << " / " << c.name;
+    EXPECT_EQ(raw.bytes.find_first_not_of('\0', raw.text.size()), std::string::npos) << c.list;
+    const Read resolved = read(NvPairListGetLongValue, c.list, c.name, c.size);
+    EXPECT_EQ(resolved.result, c.result) << c.list << " / " << c.name;
+    EXPECT_EQ(resolved.text, c.resolved != nullptr ? c.resolved : c.value) << c.list;
   }
   EXPECT_EQ(CaptureSink::instance().reports().size(), 0U);
 }
 
-TEST(NvPairListGetLongValue, ResolvesEscapesOfTheRawValueWhateverTheResult) {
-  struct Case {
-    const char *list;
-    const char *name;
-    unsigned size;
-    uint32_t result;
-    const char *value;
-  };
-  const Case cases[] = {
-      {"a=#EQU#x#CMT#y", "a", 16, 0, "=x,y"},
-      {"a=#EQU#", "a", 5, 3, "#EQU"},  // the limit binds the raw value
-      {"a=#EQU#", "a", 6, 0, "="},
-      {"a=#CMT#=", "a", 16, 1, ","},
-      {"#EQU#=1", "=", 8, 4, ""},
-      {"#EQU#=1", "#EQU#", 8, 0, "1"},
-      {"b=#EQU#", "a", 8, 4, ""},
-  };
-  for (const auto &c : cases) {
-    const Read r = read(NvPairListGetLongValue, c.list, c.name, c.size);
-    EXPECT_EQ(r.result, c.result) << c.list;
-    EXPECT_EQ(r.text, c.value) << c.list;
-  }
-}
-
 TEST(NvPairListReaders, NullArgumentsGiveOneAndTouchNothing) {
+  char out[4] = "abc";
+  EXPECT_EQ(NvPairListGetName(nullptr, 0, sizeof out, out), 1U);
+  EXPECT_EQ(NvPairListGetName("a", 0, sizeof out, nullptr), 1U);
   for (auto *reader : {NvPairListGetValue, NvPairListGetLongValue}) {
-    char value[4] = "abc";
-    EXPECT_EQ(reader(nullptr, "a", sizeof value, value), 1U);
-    EXPECT_EQ(reader("a=1", nullptr, sizeof value, value), 1U);
-    EXPECT_EQ(reader("a=1", "a", sizeof value, nullptr), 1U);
-    EXPECT_STREQ(value, "abc");
+    EXPECT_EQ(reader(nullptr, "a", sizeof out, out), 1U);
+    EXPECT_EQ(reader("a=1", nullptr, sizeof out, out), 1U);
+    EXPECT_EQ(reader("a=1", "a", sizeof out, nullptr), 1U);
   }
+  EXPECT_STREQ(out, "abc");
 }
 
 TEST(NvPairEscapeSep, EscapesSeparatorsIntoItsOneZeroedBuffer) {
