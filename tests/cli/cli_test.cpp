@@ -15,7 +15,8 @@ using ::testing::StartsWith;
 
 constexpr const char *kCommands[] = {
     "get", "set", "defaults restore", "defaults fill", "catalogue", "sessions", "sessions show",
-    "sessions close", "ini show", "ini set", "ini del", "check", "hexdump",
+    "sessions close", "ini show", "ini set", "ini del", "nvpair get", "nvpair names", "objpath",
+    "check", "hexdump",
 };
 
 std::vector<std::string> words(const std::string &text) {
@@ -104,6 +105,39 @@ TEST(Check, PassesGiveExit0AndFailuresExit3) {
   const Outcome quiet = scratch.tessera({"check", "-q", "ip", "x"});
   EXPECT_EQ(quiet.exit, 3);
   EXPECT_EQ(quiet.out + quiet.err, "");
+}
+
+TEST(Codecs, ListValuesNamesAndObjectPaths) {
+  struct Case {
+    std::vector<std::string> args;
+    int exit;
+    std::string out;
+    std::string err;
+  };
+  const Case cases[] = {
+      {{"nvpair", "get", "a=1,bc=#EQU#x#CMT#y", "bc"}, 0, "=x,y\n", ""},
+      {{"nvpair", "get", "--raw", "a=1,bc=#EQU#x", "bc"}, 0, "#EQU#x\n", ""},
+      {{"nvpair", "get", "a=1", "z"}, 3, "", "tessera: z: status 4: no such name in the list\n"},
+      {{"nvpair", "get", "a,b=1", "b"}, 1, "", "tessera: b: status 1: the list is malformed"},
+      {{"nvpair", "names", "a\\,b=1,c=2,"}, 0, "a,b\nc\n", ""},
+      {{"objpath", "//h/root/x:C.K=1,L=a b"}, 0,
+       "host:       //h\nnamespace:  root/x\nclass:      C\nkey:        K=1\nkey:        L=a b\n", ""},
+      {{"objpath", "--json", "C.K=1"}, 0,
+       "{\"host\": \"\", \"namespace\": \"root/cimv2\", \"class\": \"C\", \"keys\": "
+       "[{\"name\": \"K\", \"value\": \"1\"}]}\n",
+       ""},
+      {{"objpath", "C.K=1,L=2", "L"}, 0, "2\n", ""},
+      {{"objpath", "C.K=1", "k"}, 3, "", "tessera: C.K=1: no key property k\n"},
+      {{"objpath", "C.A B=1"}, 1, "", "tessera: C.A B=1: status 4: not an object path"},
+  };
+  Scratch scratch;
+  for (const auto &c : cases) {
+    const Outcome run = scratch.tessera(c.args);
+    EXPECT_EQ(run.exit, c.exit) << c.args.back();
+    EXPECT_EQ(run.out, c.out) << c.args.back();
+    EXPECT_THAT(run.err, StartsWith(c.err)) << c.args.back();
+    EXPECT_EQ(run.err.empty(), c.err.empty()) << c.args.back();
+  }
 }
 
 TEST(Hexdump, PrintsTheTraceLogDumpOfAFileOrStandardInput) {

@@ -53,6 +53,7 @@ std::vector<Command> property_commands();
 std::vector<Command> session_commands();
 std::vector<Command> ini_commands();
 std::vector<Command> utility_commands();
+std::vector<Command> codec_commands();
 std::vector<Command> sim_commands();
 
 // One row of the library's property catalogue, as the build extracted it ("" for no text).

@@ -41,8 +41,8 @@ constexpr const char *kEnvironment =
 
 std::vector<Command> all_commands() {
   std::vector<Command> commands;
-  for (auto area : {property_commands, session_commands, ini_commands, utility_commands,
-                    sim_commands}) {
+  for (auto area : {property_commands, session_commands, ini_commands, codec_commands,
+                    utility_commands, sim_commands}) {
     for (auto &command : area()) {
       commands.push_back(std::move(command));
     }
