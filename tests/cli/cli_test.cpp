@@ -14,9 +14,10 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 constexpr const char *kCommands[] = {
-    "get", "set", "defaults restore", "defaults fill", "catalogue", "sessions", "sessions show",
-    "sessions close", "ini show", "ini set", "ini del", "nvpair get", "nvpair names", "objpath",
-    "check", "hexdump",
+    "get",      "set",           "defaults restore", "defaults fill", "catalogue",
+    "sessions", "sessions show", "sessions close",   "ini show",      "ini set",
+    "ini del",  "nvpair get",    "nvpair names",     "objpath",       "check",
+    "hexdump",
 };
 
 std::vector<std::string> words(const std::string &text) {
@@ -92,15 +93,16 @@ TEST(Check, PassesGiveExit0AndFailuresExit3) {
     int exit;
   };
   const Case cases[] = {
-      {"ip", "10.0.0.1", 0},  {"ip", "256.1.1.1", 3},    {"ip", "1.2.3", 3},
-      {"domain", "a.b", 0},   {"domain", "a..b", 3},     {"domain", "1.2", 3},
-      {"email", "a@b.c", 0},  {"email", "a@b", 3},       {"email", "a b@c.d", 3},
+      {"ip", "10.0.0.1", 0}, {"ip", "256.1.1.1", 3}, {"ip", "1.2.3", 3},
+      {"domain", "a.b", 0},  {"domain", "a..b", 3},  {"domain", "1.2", 3},
+      {"email", "a@b.c", 0}, {"email", "a@b", 3},    {"email", "a b@c.d", 3},
   };
   Scratch scratch;
   for (const auto &c : cases) {
     const Outcome run = scratch.tessera({"check", c.kind, c.text});
     EXPECT_EQ(run.exit, c.exit) << c.kind << " " << c.text;
-    EXPECT_THAT(run.out, StartsWith(std::string(c.text) + (c.exit == 0 ? ": valid" : ": not valid")));
+    EXPECT_THAT(run.out,
+                StartsWith(std::string(c.text) + (c.exit == 0 ? ": valid" : ": not valid")));
   }
   const Outcome quiet = scratch.tessera({"check", "-q", "ip", "x"});
   EXPECT_EQ(quiet.exit, 3);
@@ -120,9 +122,12 @@ TEST(Codecs, ListValuesNamesAndObjectPaths) {
       {{"nvpair", "get", "a=1", "z"}, 3, "", "tessera: z: status 4: no such name in the list\n"},
       {{"nvpair", "get", "a,b=1", "b"}, 1, "", "tessera: b: status 1: the list is malformed"},
       {{"nvpair", "names", "a\\,b=1,c=2,"}, 0, "a,b\nc\n", ""},
-      {{"objpath", "//h/root/x:C.K=1,L=a b"}, 0,
-       "host:       //h\nnamespace:  root/x\nclass:      C\nkey:        K=1\nkey:        L=a b\n", ""},
-      {{"objpath", "--json", "C.K=1"}, 0,
+      {{"objpath", "//h/root/x:C.K=1,L=a b"},
+       0,
+       "host:       //h\nnamespace:  root/x\nclass:      C\nkey:        K=1\nkey:        L=a b\n",
+       ""},
+      {{"objpath", "--json", "C.K=1"},
+       0,
        "{\"host\": \"\", \"namespace\": \"root/cimv2\", \"class\": \"C\", \"keys\": "
        "[{\"name\": \"K\", \"value\": \"1\"}]}\n",
        ""},
@@ -161,8 +166,8 @@ TEST(Catalogue, ListsRowsByPrefixWithTypeSourceAndDefault) {
   const Outcome all = scratch.tessera({"catalogue"});
   EXPECT_EQ(all.exit, 0);
   EXPECT_EQ(std::count(all.out.begin(), all.out.end(), '\n'), 288);  // header and 287 rows
-  const Outcome some = scratch.tessera({"catalogue", "WEBSERVER/http_", "DNS/server1", "MIR/FIRMWARE/v",
-                                    "SERIAL/escape"});
+  const Outcome some = scratch.tessera(
+      {"catalogue", "WEBSERVER/http_", "DNS/server1", "MIR/FIRMWARE/v", "SERIAL/escape"});
   EXPECT_EQ(some.out,
             "LEGACY PATH           STORE KEY                TYPE  SOURCE    DEFAULT\n"
             "WEBSERVER/http_port   gui_int_http_port        int   store     80\n"
@@ -170,9 +175,10 @@ TEST(Catalogue, ListsRowsByPrefixWithTypeSourceAndDefault) {
             "DNS/server1           -                        str   network   -\n"
             "SERIAL/escape_key     ser_str_console_quitkey  str   store     ^\\\n");
   const Outcome json = scratch.tessera({"catalogue", "--json", "gui_int_http_"});
-  EXPECT_EQ(json.out,
-            "[\n  {\"legacy_path\": \"WEBSERVER/http_port\", \"store_key\": \"gui_int_http_port\", "
-            "\"type\": \"int\", \"type_code\": 3, \"source\": \"store\", \"default\": \"80\"}\n]\n");
+  EXPECT_EQ(
+      json.out,
+      "[\n  {\"legacy_path\": \"WEBSERVER/http_port\", \"store_key\": \"gui_int_http_port\", "
+      "\"type\": \"int\", \"type_code\": 3, \"source\": \"store\", \"default\": \"80\"}\n]\n");
   EXPECT_EQ(scratch.tessera({"catalogue", "--json", "nothing"}).out, "[]\n");
 }
 
@@ -215,13 +221,16 @@ TEST(Ini, MissingEntriesExit3AndFailuresExit1WithTheStatus) {
       {{"show", path, "s", "x"}, 3, path + ": no key x in section [s]"},
       {{"del", path, "s", "x"}, 3, path + ": no key x in section [s]"},
       {{"del", path, "t", "k"}, 3, path + ": no key k in section [t]"},
-      {{"show", "none.ini"}, 1,
+      {{"show", "none.ini"},
+       1,
        "none.ini: status 1: the file can't be read: No such file or directory"},
       {{"del", "none.ini", "s", "k"}, 1, "none.ini: status 1: the file can't be read"},
       {{"show", std::string(257, 'p')}, 1, "status 1: path longer than 256 characters"},
-      {{"set", path, std::string(256, 's'), "k", "v"}, 1,
+      {{"set", path, std::string(256, 's'), "k", "v"},
+       1,
        "status 8: section name longer than 255 characters"},
-      {{"set", path, "s", std::string(256, 'k'), "v"}, 1,
+      {{"set", path, "s", std::string(256, 'k'), "v"},
+       1,
        "status 9: key name longer than 255 characters"},
       {{"set", path, "s", "k", std::string(1024, 'v')}, 1, "value longer than 1023 characters"},
       {{"set", scratch.file("no/dir.ini"), "s", "k", "v"}, 1, "can't write beside the file"},

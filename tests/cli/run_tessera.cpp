@@ -50,7 +50,7 @@ std::string Scratch::read(const std::string &name) const {
 }
 
 Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string &input,
-                     const std::vector<std::string> &env) const {
+                         const std::vector<std::string> &env) const {
   const std::string in_path = write(".stdin", input);
   const std::string out_path = file(".stdout");
   const std::string err_path = file(".stderr");

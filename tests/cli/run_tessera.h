@@ -32,7 +32,7 @@ class Scratch {
   // Runs tessera with `args`, `input` on its standard input, and HOME, TESSERA_STORE_DB and
   // TESSERA_SIM_DIR in this directory; `env` adds NAME=VALUE entries.
   Outcome tessera(const std::vector<std::string> &args, const std::string &input = "",
-              const std::vector<std::string> &env = {}) const;
+                  const std::vector<std::string> &env = {}) const;
 
  private:
   std::filesystem::path path_;

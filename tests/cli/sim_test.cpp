@@ -76,8 +76,9 @@ TEST_F(Simulated, FailuresNameTheStatusAndItsMeaning) {
   const Case cases[] = {
       {{"get", "NO/such_setting"},
        "NO/such_setting: status 2: nothing to read: an empty name, no value"},
-      {{"get", "--dcsgen", "nothing"}, "nothing: status 1: the mapping daemon can't be reached or "
-                                       "has no such DCSGEN property"},
+      {{"get", "--dcsgen", "nothing"},
+       "nothing: status 1: the mapping daemon can't be reached or "
+       "has no such DCSGEN property"},
       {{"set", "MIR/FIRMWARE/version", "9"}, ""},  // the daemon owns it: no failure
       {{"set", "--direct", "MIR/FIRMWARE/version", "9"},
        "MIR/FIRMWARE/version: status 1: the store refused the value, or the property can't be "
@@ -95,7 +96,8 @@ TEST_F(Simulated, FailuresNameTheStatusAndItsMeaning) {
 TEST_F(Simulated, DefaultsRestoreAndFill) {
   EXPECT_EQ(out({"get", "SNMP/enable"}), "1\n");
   EXPECT_EQ(out({"defaults", "restore"}), "");
-  EXPECT_EQ(out({"get", "SNMP/enable", "SERIAL/escape_key"}), "SNMP/enable=0\nSERIAL/escape_key=^\\\n");
+  EXPECT_EQ(out({"get", "SNMP/enable", "SERIAL/escape_key"}),
+            "SNMP/enable=0\nSERIAL/escape_key=^\\\n");
   EXPECT_EQ(out({"defaults", "fill"}), "");  // every listed setting reads
 }
 
@@ -134,7 +136,8 @@ TEST_F(Simulated, SessionsAreListedFilteredShownAndClosed) {
 
 TEST_F(Simulated, StatusAndShellReachTheDaemonsAndStopEndsThem) {
   EXPECT_THAT(out({"sim", "status"}), HasSubstr("  /var/run/tolvex/ipmiextdSocket   serving\n"));
-  EXPECT_THAT(out({"sim", "status", "--json"}), HasSubstr("\"state\": \"serving\"}], \"namespace_pid\": "));
+  EXPECT_THAT(out({"sim", "status", "--json"}),
+              HasSubstr("\"state\": \"serving\"}], \"namespace_pid\": "));
   EXPECT_EQ(out({"sim", "shell", "ls", "/var/run/tolvex"}), "dmmappingSocket\nipmiextdSocket\n");
   EXPECT_THAT(out({"sim", "start"}), HasSubstr("runs already"));
   EXPECT_EQ(out({"sim", "stop"}), "");

@@ -37,8 +37,7 @@ int main(int argc, char **argv) {
   for (int32_t i = 1; i < kPropertyRowCount; ++i) {
     const auto &row = property_table[static_cast<std::size_t>(i)];
     std::fprintf(out, "{%s, %s, %d, %s},\n", literal(row.legacy_path()).c_str(),
-                 literal(row.store_key()).c_str(), row.type,
-                 literal(row.default_value()).c_str());
+                 literal(row.store_key()).c_str(), row.type, literal(row.default_value()).c_str());
   }
   return std::fclose(out) == 0 ? 0 : 1;
 }

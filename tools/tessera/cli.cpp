@@ -16,8 +16,8 @@ std::string Args::get(std::string_view name, std::string fallback) const {
 }
 
 int usage_error(const Command &command, const std::string &message) {
-  std::fprintf(stderr, "tessera %s: %s\nTry 'tessera %s --help'.\n", command.name,
-               message.c_str(), command.name);
+  std::fprintf(stderr, "tessera %s: %s\nTry 'tessera %s --help'.\n", command.name, message.c_str(),
+               command.name);
   return kUsage;
 }
 
@@ -31,7 +31,8 @@ int fail_status(const std::string &what, int64_t status, const std::string &mean
 }
 
 bool parse_u32(const std::string &text, uint32_t &out) {
-  if (text.empty() || text.size() > 10 || text.find_first_not_of("0123456789") != std::string::npos) {
+  if (text.empty() || text.size() > 10 ||
+      text.find_first_not_of("0123456789") != std::string::npos) {
     return false;
   }
   const unsigned long long value = std::strtoull(text.c_str(), nullptr, 10);
@@ -46,11 +47,21 @@ std::string json(std::string_view text) {
   std::string out = "\"";
   for (const char c : text) {
     switch (c) {
-      case '"': out += "\\\""; break;
-      case '\\': out += "\\\\"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
       default:
         if (static_cast<unsigned char>(c) < 0x20) {
           char escaped[8];

@@ -19,10 +19,12 @@ int nvpair_get(const Command &, const Args &args) {
   const auto &list = args.positional[0];
   const auto &name = args.positional[1];
   const bool raw = args.has("raw");
-  const auto size = static_cast<unsigned>(raw ? list.size() + 1 : std::min<std::size_t>(list.size() + 1, kLongValueSize));
+  const auto size = static_cast<unsigned>(
+      raw ? list.size() + 1 : std::min<std::size_t>(list.size() + 1, kLongValueSize));
   std::vector<char> value(size);
-  const uint32_t status = raw ? NvPairListGetValue(list.c_str(), name.c_str(), size, value.data())
-                              : NvPairListGetLongValue(list.c_str(), name.c_str(), size, value.data());
+  const uint32_t status =
+      raw ? NvPairListGetValue(list.c_str(), name.c_str(), size, value.data())
+          : NvPairListGetLongValue(list.c_str(), name.c_str(), size, value.data());
   switch (status) {
     case NVPAIR_OK:
       std::printf("%s\n", value.data());
@@ -97,8 +99,8 @@ int objpath(const Command &, const Args &args) {
   }
   if (as_json) {
     std::printf("{\"host\": %s, \"namespace\": %s, \"class\": %s, \"keys\": [%s]}\n",
-                json(path.host).c_str(), json(path.nameSpace).c_str(),
-                json(path.className).c_str(), keys.c_str());
+                json(path.host).c_str(), json(path.nameSpace).c_str(), json(path.className).c_str(),
+                keys.c_str());
   }
   return kOk;
 }
@@ -107,20 +109,35 @@ int objpath(const Command &, const Args &args) {
 
 std::vector<Command> codec_commands() {
   return {
-      {"nvpair get", "[OPTIONS] LIST NAME", "a value of a name/value list",
+      {"nvpair get",
+       "[OPTIONS] LIST NAME",
+       "a value of a name/value list",
        "Prints the value of NAME in LIST, a text such as 'a=1,b=2', with the escapes\n"
        "#EQU# and #CMT# resolved to '=' and ','. As in the tools' lists, the first pair whose\n"
        "name is a prefix of NAME matches. Exit status 3 when no pair does.\n",
-       {{"raw", 'r', nullptr, "leave #EQU# and #CMT# as they stand"}}, 2, 2, nvpair_get},
-      {"nvpair names", "LIST", "the names of a name/value list",
+       {{"raw", 'r', nullptr, "leave #EQU# and #CMT# as they stand"}},
+       2,
+       2,
+       nvpair_get},
+      {"nvpair names",
+       "LIST",
+       "the names of a name/value list",
        "Prints the names of LIST's pairs, one a line; a backslash takes the next character\n"
        "literally.\n",
-       {}, 1, 1, nvpair_names},
-      {"objpath", "[OPTIONS] PATH [KEY]", "take a CIM object path apart",
+       {},
+       1,
+       1,
+       nvpair_names},
+      {"objpath",
+       "[OPTIONS] PATH [KEY]",
+       "take a CIM object path apart",
        "Parses PATH, such as '//host/root/cimv2:CIM_Foo.Key=1,Other=2', and prints its host,\n"
        "namespace, class and key properties, or with KEY that key's value (exit status 3\n"
        "when there is no such key).\n",
-       {kJsonOption}, 1, 2, objpath},
+       {kJsonOption},
+       1,
+       2,
+       objpath},
   };
 }
 

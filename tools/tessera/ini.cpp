@@ -18,7 +18,7 @@
 namespace tessera_cli {
 namespace {
 
-constexpr std::size_t kMaxPath = 256;   // what inifileOpen takes
+constexpr std::size_t kMaxPath = 256;    // what inifileOpen takes
 constexpr std::size_t kMaxValue = 1023;  // what a key's value holds
 
 struct CloseDocument {
@@ -29,13 +29,20 @@ using Document = std::unique_ptr<InifileDocument, CloseDocument>;
 // The meaning of an INI status other than 1, whose meaning depends on the operation.
 std::string ini_meaning(int32_t status) {
   switch (status) {
-    case 2: return "a name or value is missing";
-    case 3: return "out of memory";
-    case 4: return "not a document";
-    case 8: return "section name longer than 255 characters";
-    case 9: return "key name longer than 255 characters";
-    case 11: return "the file can't be opened for writing";
-    default: return "unexpected status";
+    case 2:
+      return "a name or value is missing";
+    case 3:
+      return "out of memory";
+    case 4:
+      return "not a document";
+    case 8:
+      return "section name longer than 255 characters";
+    case 9:
+      return "key name longer than 255 characters";
+    case 11:
+      return "the file can't be opened for writing";
+    default:
+      return "unexpected status";
   }
 }
 
@@ -98,9 +105,9 @@ int save_document(InifileDocument *document, const std::string &path) {
 }
 
 std::string key_json(InifileKey *key) {
-  return "{\"name\": " + json(inifileGetKeyName(key)) + ", \"value\": " +
-         json(inifileGetKeyValue(key)) + ", \"line\": " +
-         std::to_string(inifileGetKeyLineNumber(key)) + "}";
+  return "{\"name\": " + json(inifileGetKeyName(key)) +
+         ", \"value\": " + json(inifileGetKeyValue(key)) +
+         ", \"line\": " + std::to_string(inifileGetKeyLineNumber(key)) + "}";
 }
 
 std::string section_json(InifileSection *section) {
@@ -108,8 +115,9 @@ std::string section_json(InifileSection *section) {
   for (uint32_t i = 0; InifileKey *key = inifileGetKey(section, i); ++i) {
     keys += (keys.empty() ? "" : ", ") + key_json(key);
   }
-  return "{\"name\": " + json(inifileGetSectionName(section)) + ", \"line\": " +
-         std::to_string(inifileGetSectionLineNumber(section)) + ", \"keys\": [" + keys + "]}";
+  return "{\"name\": " + json(inifileGetSectionName(section)) +
+         ", \"line\": " + std::to_string(inifileGetSectionLineNumber(section)) + ", \"keys\": [" +
+         keys + "]}";
 }
 
 // The keys of a section as the normal form writes them: NAME=VALUE, nameless keys left out.
@@ -214,20 +222,34 @@ std::vector<Command> ini_commands() {
       "sections, NAME=VALUE lines, no comments, no keys before the first section. It is\n"
       "replaced through a temporary file, so a failed write leaves it whole.\n";
   return {
-      {"ini show", "[OPTIONS] FILE [SECTION [KEY]]", "show an INI file, a section or a value",
+      {"ini show",
+       "[OPTIONS] FILE [SECTION [KEY]]",
+       "show an INI file, a section or a value",
        "Shows the whole file in the library's normal form, the NAME=VALUE lines of one\n"
        "section, or one key's value. Exit status 3 when the section or key isn't there.\n"
        "With --json, sections and keys carry their line numbers.\n",
-       {kJsonOption}, 1, 3, show},
-      {"ini set", "FILE SECTION KEY VALUE", "set a key in an INI file",
+       {kJsonOption},
+       1,
+       3,
+       show},
+      {"ini set",
+       "FILE SECTION KEY VALUE",
+       "set a key in an INI file",
        std::string("Sets KEY in SECTION to VALUE, adding the section, the key or the file when\n"
                    "missing. Prints nothing on success.\n") +
            kNormalForm,
-       {}, 4, 4, set},
-      {"ini del", "FILE SECTION KEY", "delete a key from an INI file",
-       std::string("Deletes KEY from SECTION. Exit status 3 when it isn't there.\n") +
-           kNormalForm,
-       {}, 3, 3, del},
+       {},
+       4,
+       4,
+       set},
+      {"ini del",
+       "FILE SECTION KEY",
+       "delete a key from an INI file",
+       std::string("Deletes KEY from SECTION. Exit status 3 when it isn't there.\n") + kNormalForm,
+       {},
+       3,
+       3,
+       del},
   };
 }
 

@@ -56,15 +56,16 @@ void print_global_help(std::FILE *out, const std::vector<Command> &commands) {
   std::fputs("Commands:\n", out);
   int width = 0;
   for (const auto &command : commands) {
-    width = std::max(width, static_cast<int>(std::strlen(command.name) + 1 +
-                                             std::strlen(command.synopsis)));
+    width = std::max(
+        width, static_cast<int>(std::strlen(command.name) + 1 + std::strlen(command.synopsis)));
   }
   for (const auto &command : commands) {
     const std::string head = std::string(command.name) + " " + command.synopsis;
     std::fprintf(out, "  %-*s  %s\n", width, head.c_str(), command.summary);
   }
-  std::fprintf(out, "\nOptions:\n  -h, --help     show this help and exit\n"
-                    "  --version      show the version and exit\n\n%s\n%s",
+  std::fprintf(out,
+               "\nOptions:\n  -h, --help     show this help and exit\n"
+               "  --version      show the version and exit\n\n%s\n%s",
                kExitCodes, kEnvironment);
 }
 

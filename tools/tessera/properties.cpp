@@ -13,9 +13,9 @@ constexpr CatalogueRow kCatalogue[] = {
 #include "catalogue_rows.inc"
 };
 
-constexpr const char *kTypeNames[] = {"none", "reserved",    "bool",   "int",
-                                      "byte", "short",       "str",    "str_n",
-                                      "addr/prefix", "prefix", "config_changed"};
+constexpr const char *kTypeNames[] = {"none",        "reserved", "bool",          "int",
+                                      "byte",        "short",    "str",           "str_n",
+                                      "addr/prefix", "prefix",   "config_changed"};
 
 std::string type_name(int type) {
   return type >= 0 && type <= PROP_TYPE_CONFIG_CHANGED ? kTypeNames[type] : std::to_string(type);
@@ -27,8 +27,9 @@ constexpr unsigned kValueSize = 2048;
 enum class Route { kDaemonFirst, kDirect, kDcsgen };
 
 Route route_of(const Args &args) {
-  return args.has("dcsgen") ? Route::kDcsgen : args.has("direct") ? Route::kDirect
-                                                                   : Route::kDaemonFirst;
+  return args.has("dcsgen")   ? Route::kDcsgen
+         : args.has("direct") ? Route::kDirect
+                              : Route::kDaemonFirst;
 }
 
 // What the mapping daemon answers for a read of `name`: 0 (it serves it), 4 (not its own),
@@ -104,10 +105,9 @@ int get(const Command &, const Args &args) {
   for (const auto &name : args.positional) {
     char value[kValueSize];
     const int32_t status =
-        route == Route::kDcsgen ? DM_DCSGEN_Get_Property(name.c_str(), value, sizeof value)
-        : route == Route::kDirect
-            ? Cfgmgr_Get_Property_ori(name.c_str(), value, sizeof value)
-            : Cfgmgr_Get_Property(name.c_str(), value, sizeof value);
+        route == Route::kDcsgen   ? DM_DCSGEN_Get_Property(name.c_str(), value, sizeof value)
+        : route == Route::kDirect ? Cfgmgr_Get_Property_ori(name.c_str(), value, sizeof value)
+                                  : Cfgmgr_Get_Property(name.c_str(), value, sizeof value);
     if (status != 0) {
       exit = fail_status(name, status, read_failure(name, status, route));
     } else if (verbose) {
@@ -125,7 +125,7 @@ int set(const Command &, const Args &args) {
   const Route route = route_of(args);
   const auto &name = args.positional[0];
   const char *value = args.positional[1].c_str();
-  const int32_t status = route == Route::kDcsgen ? DM_DCSGEN_Set_Property(name.c_str(), value)
+  const int32_t status = route == Route::kDcsgen   ? DM_DCSGEN_Set_Property(name.c_str(), value)
                          : route == Route::kDirect ? Cfgmgr_Set_Property_ori(name.c_str(), value)
                                                    : Cfgmgr_Set_Property(name.c_str(), value);
   return status == 0 ? kOk : fail_status(name, status, write_failure(name, status, route));
@@ -143,9 +143,9 @@ int fill_defaults(const Command &, const Args &) {
 
 std::string where_of(const CatalogueRow &row) {
   const int32_t special = row.legacy_path[0] != '\0' ? Is_Special_Prop(row.legacy_path) : -1;
-  return special < 0 ? "store"
+  return special < 0                                                     ? "store"
          : special_prop_table[special].kind == SPECIAL_PROP_KIND_NETWORK ? "network"
-                                                                          : "firmware";
+                                                                         : "firmware";
 }
 
 int catalogue(const Command &, const Args &args) {
@@ -163,11 +163,11 @@ int catalogue(const Command &, const Args &args) {
     }
     const auto dash = [](const char *text) { return text[0] != '\0' ? text : "-"; };
     if (as_json) {
-      rows += std::string(rows.empty() ? "" : ",\n") + "  {\"legacy_path\": " +
-              json(row.legacy_path) + ", \"store_key\": " + json(row.store_key) +
-              ", \"type\": " + json(type_name(row.type)) + ", \"type_code\": " +
-              std::to_string(row.type) + ", \"source\": " + json(where_of(row)) +
-              ", \"default\": " + json(row.default_value) + "}";
+      rows +=
+          std::string(rows.empty() ? "" : ",\n") + "  {\"legacy_path\": " + json(row.legacy_path) +
+          ", \"store_key\": " + json(row.store_key) + ", \"type\": " + json(type_name(row.type)) +
+          ", \"type_code\": " + std::to_string(row.type) + ", \"source\": " + json(where_of(row)) +
+          ", \"default\": " + json(row.default_value) + "}";
     } else {
       table.add({dash(row.legacy_path), dash(row.store_key), type_name(row.type), where_of(row),
                  dash(row.default_value)});
@@ -187,36 +187,62 @@ const Option kDcsgen{"dcsgen", 0, nullptr, "use the mapping daemon's DCSGEN prop
 
 }  // namespace
 
-std::span<const CatalogueRow> catalogue_rows() { return kCatalogue; }
+std::span<const CatalogueRow> catalogue_rows() {
+  return kCatalogue;
+}
 
 std::vector<Command> property_commands() {
   return {
-      {"get", "[OPTIONS] NAME...", "read settings by legacy path or store key",
+      {"get",
+       "[OPTIONS] NAME...",
+       "read settings by legacy path or store key",
        "Reads each setting, by legacy path (WEBSERVER/http_port) or store key\n"
        "(gui_int_http_port), and prints its value: alone for one name, as NAME=VALUE for\n"
        "several. The mapping daemon is asked first; for a setting that isn't its own the\n"
        "value comes from the store, or from the network record for DNS, NIC and IPv6\n"
        "settings. A name that fails is reported and the others are still read.\n",
        {kDirect, kDcsgen, {"verbose", 'v', nullptr, "print NAME = VALUE and where it came from"}},
-       1, -1, get},
-      {"set", "[OPTIONS] NAME VALUE", "write a setting",
+       1,
+       -1,
+       get},
+      {"set",
+       "[OPTIONS] NAME VALUE",
+       "write a setting",
        "Writes a setting by legacy path or store key: through the mapping daemon when it\n"
        "owns the setting, else to the store or, as a change request, to the network record.\n"
        "Prints nothing on success. An empty VALUE is a value.\n",
-       {kDirect, kDcsgen}, 2, 2, set},
-      {"defaults restore", "", "write every catalogue default to the store",
+       {kDirect, kDcsgen},
+       2,
+       2,
+       set},
+      {"defaults restore",
+       "",
+       "write every catalogue default to the store",
        "Writes the default of every catalogue row that has a legacy path straight to the\n"
        "store, without the daemon and the network record. Prints nothing.\n",
-       {}, 0, 0, restore_defaults},
-      {"defaults fill", "", "set the standard settings that can't be read",
+       {},
+       0,
+       0,
+       restore_defaults},
+      {"defaults fill",
+       "",
+       "set the standard settings that can't be read",
        "Reads each setting of the library's default list and writes its default where it\n"
        "can't be read, printing a line for each one set and for each write that fails.\n",
-       {}, 0, 0, fill_defaults},
-      {"catalogue", "[OPTIONS] [PREFIX...]", "list the settings the library knows",
+       {},
+       0,
+       0,
+       fill_defaults},
+      {"catalogue",
+       "[OPTIONS] [PREFIX...]",
+       "list the settings the library knows",
        "Lists the property catalogue in lookup order: legacy path, store key, type, where\n"
        "the value lives (store, network record or firmware) and default. With PREFIX,\n"
        "only rows whose legacy path or store key starts with one of them.\n",
-       {kJsonOption}, 0, -1, catalogue},
+       {kJsonOption},
+       0,
+       -1,
+       catalogue},
   };
 }
 

@@ -62,9 +62,10 @@ std::string json_list(const std::vector<std::string> &items) {
 std::string to_json(const Session &s) {
   return "{\"id\": " + std::to_string(s.id) + ", \"type\": " + json(s.label()) +
          ", \"type_code\": " + std::to_string(s.type) + ", \"user\": " + json(s.user) +
-         ", \"address\": " + json(s.address_text) + ", \"privilege\": " +
-         std::to_string(s.privilege) + ", \"children\": " + json_list(s.children()) +
-         ", \"word\": " + std::to_string(s.word) + "}";
+         ", \"address\": " + json(s.address_text) +
+         ", \"privilege\": " + std::to_string(s.privilege) +
+         ", \"children\": " + json_list(s.children()) + ", \"word\": " + std::to_string(s.word) +
+         "}";
 }
 
 // A session type as a code, keyword ("webgui") or label ("GUI", any case); false if none.
@@ -162,8 +163,8 @@ int show(const Command &command, const Args &args) {
   std::printf("type:             %s (%u)\n", s.label().c_str(), s.type);
   std::printf("user:             %s\n", s.user);
   std::printf("address:          %s\n", s.where().c_str());
-  std::printf("IPv4 address:     %s (0x%08X)\n", s.address != 0 ? ssn_iptostr(dotted, s.address)
-                                                                 : "none", s.address);
+  std::printf("IPv4 address:     %s (0x%08X)\n",
+              s.address != 0 ? ssn_iptostr(dotted, s.address) : "none", s.address);
   std::printf("privilege:        %u\n", s.privilege);
   std::printf("virtual console:  %s\n", s.has_vkvm != 0 ? "yes" : "no");
   std::printf("virtual media:    %s\n", s.has_vmedia != 0 ? "yes" : "no");
@@ -182,15 +183,16 @@ int close(const Command &command, const Args &args) {
                        "the session daemon can't be reached (is the controller, or `tessera sim "
                        "start`, running?)");
   }
-  return status == 0 ? kOk
-                     : fail_status("session " + args.positional[0], status, "out of memory");
+  return status == 0 ? kOk : fail_status("session " + args.positional[0], status, "out of memory");
 }
 
 }  // namespace
 
 std::vector<Command> session_commands() {
   return {
-      {"sessions", "[OPTIONS]", "list management sessions",
+      {"sessions",
+       "[OPTIONS]",
+       "list management sessions",
        "Lists the controller's management sessions that match every filter given, with id,\n"
        "type, user, address, the user's privilege, and the kinds of child sessions\n"
        "(virtual console, virtual media) each has.\n",
@@ -198,15 +200,26 @@ std::vector<Command> session_commands() {
         {"type", 't', "TYPE", "only sessions of this type: SSH, GUI, webgui, 3, ..."},
         {"address", 'a', "IPV4", "only sessions from this IPv4 address"},
         kJsonOption},
-       0, 0, list},
-      {"sessions show", "[OPTIONS] ID", "show one session's details",
+       0,
+       0,
+       list},
+      {"sessions show",
+       "[OPTIONS] ID",
+       "show one session's details",
        "Shows one session: type, user, address, privilege, child sessions and the store's\n"
        "session word. Exit status 3 when the store has no such session.\n",
-       {kJsonOption}, 1, 1, show},
-      {"sessions close", "[OPTIONS] ID", "ask the session daemon to close a session",
+       {kJsonOption},
+       1,
+       1,
+       show},
+      {"sessions close",
+       "[OPTIONS] ID",
+       "ask the session daemon to close a session",
        "Asks the session daemon to close the session. Prints nothing on success. Exit status\n"
        "3 when the store has no such session.\n",
-       {{"orb", 0, nullptr, "mark the request as a close of the store's own session"}}, 1, 1,
+       {{"orb", 0, nullptr, "mark the request as a close of the store's own session"}},
+       1,
+       1,
        close},
   };
 }

@@ -72,11 +72,19 @@ const std::string &sim_dir() {
   return dir;
 }
 
-std::string pid_file(const Daemon &daemon) { return sim_dir() + "/" + daemon.program + ".pid"; }
-std::string log_file(const Daemon &daemon) { return sim_dir() + "/" + daemon.program + ".log"; }
-std::string namespace_mark() { return sim_dir() + "/namespace"; }
+std::string pid_file(const Daemon &daemon) {
+  return sim_dir() + "/" + daemon.program + ".pid";
+}
+std::string log_file(const Daemon &daemon) {
+  return sim_dir() + "/" + daemon.program + ".log";
+}
+std::string namespace_mark() {
+  return sim_dir() + "/namespace";
+}
 
-bool exists(const std::string &path) { return access(path.c_str(), F_OK) == 0; }
+bool exists(const std::string &path) {
+  return access(path.c_str(), F_OK) == 0;
+}
 
 // The daemon's process id when it runs (not a zombie, and the program is the daemon), else 0.
 pid_t running_pid(const Daemon &daemon) {
@@ -133,7 +141,8 @@ pid_t namespace_pid() {
 
 bool write_file(const std::string &path, const std::string &text) {
   const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-  const bool ok = fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+  const bool ok =
+      fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
   if (fd >= 0) {
     close(fd);
   }
@@ -169,8 +178,9 @@ bool cover_run(const std::string &run) {
       }
       continue;
     }
-    const bool made = S_ISDIR(info.st_mode) ? mkdir(target.c_str(), 0755) == 0
-                                           : close(open(target.c_str(), O_CREAT | O_WRONLY, 0644)) == 0;
+    const bool made = S_ISDIR(info.st_mode)
+                          ? mkdir(target.c_str(), 0755) == 0
+                          : close(open(target.c_str(), O_CREAT | O_WRONLY, 0644)) == 0;
     if (made) {
       (void)mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr);
     }
@@ -373,8 +383,8 @@ int start(const Command &, const Args &args) {
     std::ofstream(namespace_mark()) << "1\n";
   }
   for (const auto &daemon : kDaemons) {
-    std::printf("%s (pid %d) serves %s\n", daemon.program,
-                static_cast<int>(running_pid(daemon)), daemon.socket);
+    std::printf("%s (pid %d) serves %s\n", daemon.program, static_cast<int>(running_pid(daemon)),
+                daemon.socket);
   }
   std::printf("Store: %s; logs and pid files: %s\n", store_path().c_str(), sim_dir().c_str());
   if (in_namespace) {
@@ -385,7 +395,9 @@ int start(const Command &, const Args &args) {
   return kOk;
 }
 
-int stop(const Command &, const Args &) { return stop_daemons(); }
+int stop(const Command &, const Args &) {
+  return stop_daemons();
+}
 
 int status(const Command &, const Args &args) {
   int running = 0;
@@ -397,8 +409,8 @@ int status(const Command &, const Args &args) {
     running += pid != 0 ? 1 : 0;
     const std::string state = pid == 0 ? "stopped" : serving ? "serving" : "not answering";
     table.add({daemon.program, pid != 0 ? std::to_string(pid) : "-", daemon.socket, state});
-    json_daemons += std::string(json_daemons.empty() ? "" : ", ") + "{\"program\": " +
-                    json(daemon.program) + ", \"pid\": " + std::to_string(pid) +
+    json_daemons += std::string(json_daemons.empty() ? "" : ", ") +
+                    "{\"program\": " + json(daemon.program) + ", \"pid\": " + std::to_string(pid) +
                     ", \"socket\": " + json(daemon.socket) + ", \"state\": " + json(state) + "}";
   }
   const pid_t entry = namespace_pid();
@@ -463,8 +475,10 @@ struct Sensor {
   char kind;  // 'd' and 'e': power supplies; 't': their redundancy
   const char *name;
 };
-constexpr Sensor kSensors[] = {{1, 'd', "PS1 Status"},     {2, 'e', "PS2 Status"},
-                               {3, 't', "PS Redundancy"},  {10, 'a', "Inlet Temp"},
+constexpr Sensor kSensors[] = {{1, 'd', "PS1 Status"},
+                               {2, 'e', "PS2 Status"},
+                               {3, 't', "PS Redundancy"},
+                               {10, 'a', "Inlet Temp"},
                                {11, 'f', "Fan1 RPM"}};
 
 struct Setting {
@@ -474,32 +488,45 @@ struct Setting {
 // Written through the library like any tool writes them; the network ones become change
 // requests that the store applies to its network record.
 constexpr Setting kSettings[] = {
-    {"WEBSERVER/maxsessions", "4"},     {"SSH/maxsessions", "4"},
-    {"SNMP/enable", "1"},               {"SMTP/ipaddr", "10.20.0.25"},
-    {"EMAIL_ALERT/enable1", "1"},       {"EMAIL_ALERT/addr1", "ops@lab.example.net"},
-    {"DNS/mir_name", "mirel-lab-01"},   {"DNS/domain_name", "lab.example.net"},
-    {"DNS/register_mir", "1"},          {"DNS/dhcp_enable", "0"},
-    {"DNS/use_dhcp_domain", "0"},       {"DNS/server1", "10.20.0.53"},
-    {"DNS/server2", "10.20.0.54"},      {"NETWORK/NIC/enable", "1"},
-    {"NETWORK/IPV4/enable", "1"},       {"NETWORK/NIC/selection", "1"},
-    {"NETWORK/NIC/auto_neg", "1"},      {"NETWORK/NIC/fullduplex", "1"},
-    {"NETWORK/NIC/mtu", "1500"},        {"IPV6/enable", "1"},
-    {"IPV6/address", "2001:db8:10::21"}, {"IPV6/gateway", "2001:db8:10::1"},
-    {"IPV6/prefix_length", "64"},       {"IPV6/dhcp_enable", "0"},
+    {"WEBSERVER/maxsessions", "4"},
+    {"SSH/maxsessions", "4"},
+    {"SNMP/enable", "1"},
+    {"SMTP/ipaddr", "10.20.0.25"},
+    {"EMAIL_ALERT/enable1", "1"},
+    {"EMAIL_ALERT/addr1", "ops@lab.example.net"},
+    {"DNS/mir_name", "mirel-lab-01"},
+    {"DNS/domain_name", "lab.example.net"},
+    {"DNS/register_mir", "1"},
+    {"DNS/dhcp_enable", "0"},
+    {"DNS/use_dhcp_domain", "0"},
+    {"DNS/server1", "10.20.0.53"},
+    {"DNS/server2", "10.20.0.54"},
+    {"NETWORK/NIC/enable", "1"},
+    {"NETWORK/IPV4/enable", "1"},
+    {"NETWORK/NIC/selection", "1"},
+    {"NETWORK/NIC/auto_neg", "1"},
+    {"NETWORK/NIC/fullduplex", "1"},
+    {"NETWORK/NIC/mtu", "1500"},
+    {"IPV6/enable", "1"},
+    {"IPV6/address", "2001:db8:10::21"},
+    {"IPV6/gateway", "2001:db8:10::1"},
+    {"IPV6/prefix_length", "64"},
+    {"IPV6/dhcp_enable", "0"},
     {"IPV6/DNSServer1", "2001:db8:10::53"},
     {"IPV6/link_local_address", "fe80::7a2b:cbff:fe12:3456"},
 };
 
 // The properties the mapping daemon owns: the firmware's own values and the controller's name.
 constexpr Setting kMapped[] = {
-    {"MIR/FIRMWARE/version", "2.10"},   {"MIR/FIRMWARE/minor", "10"},
-    {"MIR/FIRMWARE/build_num", "17"},   {"MIR/FIRMWARE/last_update", "1716940800"},
+    {"MIR/FIRMWARE/version", "2.10"}, {"MIR/FIRMWARE/minor", "10"},
+    {"MIR/FIRMWARE/build_num", "17"}, {"MIR/FIRMWARE/last_update", "1716940800"},
     {"MIR/name", "mirel-lab-01"},
 };
 constexpr Setting kDcsgen[] = {{"chassis_model", "Stratum R40"}, {"service_tag", "7QX2K42"}};
 
 // Flags the store keeps for the controller's add-in card.
-constexpr const char *kFlags[] = {"tarnstatus_bool_tarn_present", "tarnstatus_bool_tarn_sd_present"};
+constexpr const char *kFlags[] = {"tarnstatus_bool_tarn_present",
+                                  "tarnstatus_bool_tarn_sd_present"};
 
 int seed(const Command &, const Args &) {
   const std::string where = "sim seed: " + store_path();
@@ -544,10 +571,11 @@ int seed(const Command &, const Args &) {
     tessera_store_rollback();
     return fail(where, "the store refused the sample controller");
   }
-  std::printf("Seeded %s: the catalogue's defaults, %zu settings with the network record, %zu "
-              "mapping daemon properties, %zu users, %zu sessions, %zu sensors.\n",
-              store_path().c_str(), std::size(kSettings), std::size(kMapped) + std::size(kDcsgen),
-              std::size(kUsers), std::size(kSessions), std::size(kSensors));
+  std::printf(
+      "Seeded %s: the catalogue's defaults, %zu settings with the network record, %zu "
+      "mapping daemon properties, %zu users, %zu sessions, %zu sensors.\n",
+      store_path().c_str(), std::size(kSettings), std::size(kMapped) + std::size(kDcsgen),
+      std::size(kUsers), std::size(kSessions), std::size(kSensors));
   return kOk;
 }
 
@@ -562,7 +590,8 @@ void join_simulation() {
   }
   char cwd[PATH_MAX];
   const bool has_cwd = getcwd(cwd, sizeof cwd) != nullptr;
-  const int user = open(("/proc/" + std::to_string(pid) + "/ns/user").c_str(), O_RDONLY | O_CLOEXEC);
+  const int user =
+      open(("/proc/" + std::to_string(pid) + "/ns/user").c_str(), O_RDONLY | O_CLOEXEC);
   const int mnt = open(("/proc/" + std::to_string(pid) + "/ns/mnt").c_str(), O_RDONLY | O_CLOEXEC);
   if (user >= 0 && mnt >= 0 && (same_namespace(pid, "user") || setns(user, CLONE_NEWUSER) == 0) &&
       setns(mnt, CLONE_NEWNS) == 0 && has_cwd) {
@@ -577,36 +606,63 @@ void join_simulation() {
 
 std::vector<Command> sim_commands() {
   std::vector<Command> commands = {
-      {"sim start", "[OPTIONS]", "start the simulated controller's daemons",
+      {"sim start",
+       "[OPTIONS]",
+       "start the simulated controller's daemons",
        "Starts the workstation kit's mapping daemon and session daemon on the controller's\n"
        "sockets in /var/run/tolvex, over the store at $TESSERA_STORE_DB. When you can't\n"
        "write /var/run/tolvex they run in a private user and mount namespace, which later\n"
        "tessera commands join by themselves; `tessera sim shell` runs other programs in\n"
        "it. Logs and pid files go to $TESSERA_SIM_DIR.\n",
-       {{"namespace", 'n', nullptr, "use a private namespace even when /var/run/tolvex is "
-                                    "writable"}},
-       0, 0, start},
-      {"sim stop", "", "stop the simulated controller's daemons",
-       "Stops both daemons (SIGTERM, then SIGKILL after 5 s). Prints nothing.\n", {}, 0, 0, stop},
-      {"sim status", "[OPTIONS]", "show whether the daemons run and answer",
+       {{"namespace", 'n', nullptr,
+         "use a private namespace even when /var/run/tolvex is "
+         "writable"}},
+       0,
+       0,
+       start},
+      {"sim stop",
+       "",
+       "stop the simulated controller's daemons",
+       "Stops both daemons (SIGTERM, then SIGKILL after 5 s). Prints nothing.\n",
+       {},
+       0,
+       0,
+       stop},
+      {"sim status",
+       "[OPTIONS]",
+       "show whether the daemons run and answer",
        "Shows each daemon's process and whether it answers on its socket, the store and how\n"
        "many sessions it holds. Exit status 0 when both run, 3 when neither does, 1 when\n"
        "only one does.\n",
-       {kJsonOption}, 0, 0, status},
-      {"sim shell", "[COMMAND [ARGUMENT...]]", "run a command where the daemons are reachable",
+       {kJsonOption},
+       0,
+       0,
+       status},
+      {"sim shell",
+       "[COMMAND [ARGUMENT...]]",
+       "run a command where the daemons are reachable",
        "Runs COMMAND, or your $SHELL, in the simulated controller's namespace (or as it is\n"
        "when the daemons need none), so that other programs reach their sockets.\n",
-       {}, 0, -1, shell, true},
+       {},
+       0,
+       -1,
+       shell,
+       true},
   };
 #ifdef TESSERA_CLI_SIM
   commands.push_back(
-      {"sim seed", "", "fill the store with a sample controller",
+      {"sim seed",
+       "",
+       "fill the store with a sample controller",
        "Empties the store and fills it like a controller in use: every catalogue default, a\n"
        "few settings, the network record (DNS, NIC, IPv6), the mapping daemon's own\n"
        "properties (MIR/FIRMWARE/*, MIR/name, two DCSGEN ones), users with privileges, eight\n"
        "sessions of six types with virtual console and media children, and sensors with two\n"
        "power supplies. Works with the daemons running or not.\n",
-       {}, 0, 0, seed});
+       {},
+       0,
+       0,
+       seed});
 #endif
   return commands;
 }

@@ -77,16 +77,26 @@ int check(const Command &command, const Args &args) {
 
 std::vector<Command> utility_commands() {
   return {
-      {"check", "[OPTIONS] ip|domain|email TEXT", "check an address, domain or mail address",
+      {"check",
+       "[OPTIONS] ip|domain|email TEXT",
+       "check an address, domain or mail address",
        "Checks TEXT as the controller's tools do: ip, a dotted IPv4 address with four\n"
        "fields of at most 255; domain, a name with a dot and a letter; email, a mail\n"
        "address. Exit status 0 when it passes, 3 when it doesn't.\n",
-       {{"quiet", 'q', nullptr, "print nothing; the exit status tells"}}, 2, 2, check},
-      {"hexdump", "FILE", "print a file as the trace log dumps memory",
+       {{"quiet", 'q', nullptr, "print nothing; the exit status tells"}},
+       2,
+       2,
+       check},
+      {"hexdump",
+       "FILE",
+       "print a file as the trace log dumps memory",
        "Prints the bytes of FILE (- for standard input) in the trace log's hex dump: 16\n"
        "bytes a line in hexadecimal and as characters. The address column is where the\n"
        "bytes lie in memory, as in a tool's own trace.\n",
-       {}, 1, 1, hexdump},
+       {},
+       1,
+       1,
+       hexdump},
   };
 }
 
