@@ -55,9 +55,9 @@ int32_t read_decimal(const char *key, char *out) {
   return result;
 }
 
-// The read of Cfgmgr_Get_Property_ori and Cfgmgr_Ext_Get_Property, which differ only in whether
-// `out` is emptied first.
-int32_t read_property(const char *name, char *out, unsigned int len, bool clear_first) {
+}  // namespace
+
+int32_t read_property(const char *name, char *out, unsigned int len, bool clear_first) noexcept {
   if (name == nullptr || out == nullptr || name[0] == '\0' || len == 0 ||
       strnlen(name, kMaxEntryNameLength + 1) > kMaxEntryNameLength) {
     return 2;
@@ -82,8 +82,6 @@ int32_t read_property(const char *name, char *out, unsigned int len, bool clear_
   }
   return 0;
 }
-
-}  // namespace
 
 int32_t read_number(const char *text) noexcept {
   const long number = std::strtol(text, nullptr, 10);  // NOLINT(google-runtime-int): strtol's own

@@ -63,6 +63,11 @@ Split split_index_suffix(const char *name, std::size_t length) noexcept;
 // (non-zero for success), or 0 when the type has no store write.
 int32_t setOrbConfigByType(const char *key, const char *value, int32_t type) noexcept;
 
+// The store-or-network read behind every Cfgmgr_* read: checks the arguments (status 2, `out`
+// untouched), empties `out` when `clear_first`, reads through the special row or the store, and
+// cuts a delivered value to `len` - 1 characters. Returns a read status (0, 1 or 2).
+int32_t read_property(const char *name, char *out, unsigned int len, bool clear_first) noexcept;
+
 // A text read as a number the way strtol with base 10 reads it, held to the 32-bit range.
 int32_t read_number(const char *text) noexcept;
 
