@@ -80,6 +80,24 @@ int tessera_store_check(void) {
   return result_of(check.row() && check.text(0) == "ok");
 }
 
+int tessera_store_begin(void) {
+  return with_database([](Database &db) {
+    return result_of(sqlite3_get_autocommit(db.handle()) != 0 && db.exec("BEGIN IMMEDIATE"));
+  });
+}
+
+int tessera_store_commit(void) {
+  return with_database([](Database &db) {
+    return result_of(sqlite3_get_autocommit(db.handle()) == 0 && db.exec("COMMIT"));
+  });
+}
+
+int tessera_store_rollback(void) {
+  return with_database([](Database &db) {
+    return result_of(sqlite3_get_autocommit(db.handle()) == 0 && db.exec("ROLLBACK"));
+  });
+}
+
 int tessera_store_reset(void) {
   return with_database([](Database &db) {
     Transaction transaction(db);

@@ -245,9 +245,14 @@ std::span<const uint8_t> Statement::blob(int column) const {
              : std::span(data, static_cast<std::size_t>(sqlite3_column_bytes(stmt_, column)));
 }
 
+Transaction::Transaction(Database &db)
+    : db_(db),
+      nested_(sqlite3_get_autocommit(db.handle()) == 0),
+      open_(db.exec(nested_ ? "SAVEPOINT step" : "BEGIN IMMEDIATE")) {}
+
 Transaction::~Transaction() {
   if (open_) {
-    db_.exec("ROLLBACK");
+    db_.exec(nested_ ? "ROLLBACK TO step; RELEASE step" : "ROLLBACK");
   }
 }
 
@@ -256,10 +261,10 @@ bool Transaction::commit() {
     return false;
   }
   open_ = false;
-  if (db_.exec("COMMIT")) {
+  if (db_.exec(nested_ ? "RELEASE step" : "COMMIT")) {
     return true;
   }
-  db_.exec("ROLLBACK");
+  db_.exec(nested_ ? "ROLLBACK TO step; RELEASE step" : "ROLLBACK");
   return false;
 }
 

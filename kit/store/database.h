@@ -90,10 +90,11 @@ class Statement {
 };
 
 // BEGIN IMMEDIATE: the write lock is taken up front, so a read-modify-write never has to be
-// retried half-way. Rolled back unless committed.
+// retried half-way. Inside a transaction that the caller opened (tessera_store_begin), a
+// savepoint instead. Rolled back unless committed.
 class Transaction {
  public:
-  explicit Transaction(Database &db) : db_(db), open_(db.exec("BEGIN IMMEDIATE")) {}
+  explicit Transaction(Database &db);
   ~Transaction();
   Transaction(const Transaction &) = delete;
   Transaction &operator=(const Transaction &) = delete;
@@ -103,6 +104,7 @@ class Transaction {
 
  private:
   Database &db_;
+  bool nested_;
   bool open_;
 };
 

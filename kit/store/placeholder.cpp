@@ -43,6 +43,9 @@ int32_t orb_event_occurred(const char *, int32_t, int32_t) { return kUnavailable
 
 int tessera_store_path(char *, size_t) { return TESSERA_STORE_ERROR; }
 int tessera_store_check(void) { return TESSERA_STORE_ERROR; }
+int tessera_store_begin(void) { return TESSERA_STORE_ERROR; }
+int tessera_store_commit(void) { return TESSERA_STORE_ERROR; }
+int tessera_store_rollback(void) { return TESSERA_STORE_ERROR; }
 int tessera_store_reset(void) { return TESSERA_STORE_ERROR; }
 int tessera_store_set_value(const char *, int, const char *) { return TESSERA_STORE_ERROR; }
 int tessera_store_get_value(const char *, int *, char *, size_t) { return TESSERA_STORE_ERROR; }

@@ -5,8 +5,9 @@
  *
  * The store is one SQLite database, shared by every process that opens it. Its path is
  * $TESSERA_STORE_DB, or $XDG_STATE_HOME/tessera/store.db, or ~/.local/state/tessera/store.db;
- * it and its directory are created on first use. Each call is one transaction, durable when it
- * returns TESSERA_STORE_OK. Texts longer than their field below are cut to it.
+ * it and its directory are created on first use. Each call is one transaction (unless grouped
+ * with tessera_store_begin), durable when it returns TESSERA_STORE_OK. Texts longer than their
+ * field below are cut to it. Every thread has a connection of its own.
  */
 #ifndef TESSERA_STORE_H
 #define TESSERA_STORE_H
@@ -51,6 +52,14 @@ TESSERA_STORE_API int tessera_store_path(char *path, size_t size);
 
 /* Opens the database (creating it and its schema on first use) and checks its integrity. */
 TESSERA_STORE_API int tessera_store_check(void);
+
+/* Makes the calls of this thread up to tessera_store_commit one transaction, committed with one
+ * sync: for seeding many entries at once. Other writers wait until the commit (up to ten
+ * seconds, then they fail), so keep it short. rollback drops the changes. ERROR when a
+ * transaction is (begin) or isn't (commit, rollback) open. */
+TESSERA_STORE_API int tessera_store_begin(void);
+TESSERA_STORE_API int tessera_store_commit(void);
+TESSERA_STORE_API int tessera_store_rollback(void);
 
 /* Empties the store: values, sessions, users, sensors, the daemon's properties and the event
  * log; the network record goes back to that of a fresh store (empty texts, flags off, 0). */

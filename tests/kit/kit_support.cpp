@@ -143,7 +143,7 @@ int Child::wait() {
 
 void Child::signal(int number) { ::kill(pid_, number); }
 
-Run run(std::vector<std::string> argv) {
+Outcome run(std::vector<std::string> argv) {
   Child child(std::move(argv));
   const int status = child.wait();
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), child.output()};

@@ -77,11 +77,11 @@ class Child {
 };
 
 // Runs a program to its end: its exit code (or 128 + signal) and output.
-struct Run {
+struct Outcome {
   int code;
   std::string output;
 };
-Run run(std::vector<std::string> argv);
+Outcome run(std::vector<std::string> argv);
 
 // Paths of the kit's programs, as built.
 std::string mappingd();

@@ -334,6 +334,19 @@ TEST_F(Store, AdministersValuesMappedPropertiesAndReset) {
   EXPECT_STREQ(text, "sec");
   EXPECT_EQ(tessera_store_map_property(7, "A/b", "x"), TESSERA_STORE_ERROR);
 
+  ASSERT_EQ(tessera_store_begin(), 0);
+  EXPECT_EQ(tessera_store_begin(), TESSERA_STORE_ERROR);
+  ASSERT_EQ(tessera_store_set_value("gone", TESSERA_STORE_TEXT, "x"), 0);
+  ASSERT_EQ(tessera_store_rollback(), 0);
+  EXPECT_EQ(tessera_store_get_value("gone", &type, text, sizeof text), TESSERA_STORE_NOT_FOUND);
+  ASSERT_EQ(tessera_store_begin(), 0);
+  ASSERT_EQ(add_session(session(1, "SSH")), 0) << "a step of its own inside the caller's";
+  EXPECT_EQ(add_session(session(2, "SSH", "", "", 9)), TESSERA_STORE_ERROR);
+  ASSERT_EQ(tessera_store_commit(), 0);
+  EXPECT_EQ(tessera_store_commit(), TESSERA_STORE_ERROR);
+  tessera_store_session one{};
+  EXPECT_EQ(tessera_store_get_session(1, &one), 0);
+
   ASSERT_EQ(tessera_store_set_user("root", 1), 0);
   ASSERT_EQ(tessera_store_reset(), 0);
   uint32_t privilege = 0;
