@@ -14,11 +14,11 @@ namespace tessera::kit {
 using orb_cfg::DaemonMessage;
 
 // Statuses of a refusal.
-inline constexpr uint32_t kStatusMalformed = 1;   // short, not a request, unknown operation,
-                                                  // a text without terminator in its field
-inline constexpr uint32_t kStatusNotServed = 4;   // not one of this daemon's properties
-inline constexpr uint32_t kStatusStoreFailed = 5; // the store could not be used
-inline constexpr uint32_t kStatusUnknown = 6;     // no such DCSGEN property or session
+inline constexpr uint32_t kStatusMalformed = 1;    // short, not a request, unknown operation,
+                                                   // a text without terminator in its field
+inline constexpr uint32_t kStatusNotServed = 4;    // not one of this daemon's properties
+inline constexpr uint32_t kStatusStoreFailed = 5;  // the store could not be used
+inline constexpr uint32_t kStatusUnknown = 6;      // no such DCSGEN property or session
 
 // A refusal's direction in a reply.
 inline constexpr uint8_t kDirectionRefused = 3;

@@ -171,7 +171,11 @@ bool make_address(const std::string &path, sockaddr_un *address) {
 bool claim_path(const std::string &path, const sockaddr_un &address) {
   struct stat info {};
   if (::lstat(path.c_str(), &info) != 0) {
-    return errno == ENOENT || (log_line(LOG_ERR, "%s: %s", path.c_str(), std::strerror(errno)), false);
+    if (errno == ENOENT) {
+      return true;
+    }
+    log_line(LOG_ERR, "%s: %s", path.c_str(), std::strerror(errno));
+    return false;
   }
   if (!S_ISSOCK(info.st_mode)) {
     log_line(LOG_ERR, "%s exists and is not a socket", path.c_str());
@@ -284,18 +288,24 @@ DaemonOptions parse_options(int argc, char **argv, const char *program, const ch
                             const char *purpose) {
   DaemonOptions options{.program = program, .socket = socket};
   log_program = program;
-  static const option longs[] = {{"foreground", no_argument, nullptr, 'f'},
-                                 {"socket", required_argument, nullptr, 's'},
-                                 {"pid-file", required_argument, nullptr, 'p'},
-                                 {"verbose", no_argument, nullptr, 'v'},
-                                 {"help", no_argument, nullptr, 'h'},
-                                 {nullptr, 0, nullptr, 0}};
+  static const option longs[] = {
+      {"foreground", no_argument, nullptr, 'f'},     {"socket", required_argument, nullptr, 's'},
+      {"pid-file", required_argument, nullptr, 'p'}, {"verbose", no_argument, nullptr, 'v'},
+      {"help", no_argument, nullptr, 'h'},           {nullptr, 0, nullptr, 0}};
   for (int c; (c = ::getopt_long(argc, argv, "fs:p:vh", longs, nullptr)) != -1;) {
     switch (c) {
-      case 'f': options.foreground = true; break;
-      case 's': options.socket = optarg; break;
-      case 'p': options.pid_file = optarg; break;
-      case 'v': options.verbose = true; break;
+      case 'f':
+        options.foreground = true;
+        break;
+      case 's':
+        options.socket = optarg;
+        break;
+      case 'p':
+        options.pid_file = optarg;
+        break;
+      case 'v':
+        options.verbose = true;
+        break;
       default:
         std::fprintf(c == 'h' ? stdout : stderr,
                      "usage: %s [-f|--foreground] [-s|--socket PATH] [-p|--pid-file PATH] "
@@ -328,8 +338,8 @@ int serve(const DaemonOptions &options, const RequestHandler &handler) {
 
   ino_t inode = 0;
   const int listener = listen_at(options.socket, &inode);
-  if (listener < 0 || !(options.foreground ? write_pid_file(options.pid_file)
-                                            : daemonise(options))) {
+  if (listener < 0 ||
+      !(options.foreground ? write_pid_file(options.pid_file) : daemonise(options))) {
     return 1;
   }
   const int signals = ::signalfd(-1, &stop_signals, SFD_CLOEXEC);
@@ -357,7 +367,8 @@ int serve(const DaemonOptions &options, const RequestHandler &handler) {
     if (watched[1].revents != 0) {
       signalfd_siginfo info{};
       const bool read_one = ::read(signals, &info, sizeof info) == sizeof info;
-      log_line(LOG_INFO, "stopping on %s", read_one ? strsignal(static_cast<int>(info.ssi_signo)) : "a signal");
+      log_line(LOG_INFO, "stopping on %s",
+               read_one ? strsignal(static_cast<int>(info.ssi_signo)) : "a signal");
       break;
     }
     for (;;) {

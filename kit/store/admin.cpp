@@ -2,9 +2,9 @@
 // tools (tessera_store.h).
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <cstdio>
 
 #include "kit/store/database.h"
 #include "kit/store/operations.h"
@@ -27,7 +27,9 @@ bool put_text(std::string_view text, char *out, std::size_t size) {
   return true;
 }
 
-int result_of(bool done) { return done ? TESSERA_STORE_OK : TESSERA_STORE_ERROR; }
+int result_of(bool done) {
+  return done ? TESSERA_STORE_OK : TESSERA_STORE_ERROR;
+}
 
 // Runs `body` on the calling thread's connection; ERROR when there is none.
 template <typename Body>
@@ -44,7 +46,9 @@ int changed_one(Statement &statement) {
   return statement.changes() > 0 ? TESSERA_STORE_OK : TESSERA_STORE_NOT_FOUND;
 }
 
-bool valid_space(int space) { return space == TESSERA_STORE_MAPPED || space == TESSERA_STORE_DCSGEN; }
+bool valid_space(int space) {
+  return space == TESSERA_STORE_MAPPED || space == TESSERA_STORE_DCSGEN;
+}
 
 // True when `parent` may hold `id`: 0, or an existing session that isn't `id` or one of its
 // descendants (which would close a loop).
@@ -65,9 +69,8 @@ extern "C" {
 
 int tessera_store_path(char *path, size_t size) {
   const std::string where = store_path();
-  return !where.empty() && where.size() < size && put_text(where, path, size)
-             ? TESSERA_STORE_OK
-             : TESSERA_STORE_ERROR;
+  return !where.empty() && where.size() < size && put_text(where, path, size) ? TESSERA_STORE_OK
+                                                                              : TESSERA_STORE_ERROR;
 }
 
 int tessera_store_check(void) {
@@ -305,7 +308,8 @@ int tessera_store_map_property(int space, const char *name, const char *value) {
   }
   return with_database([&](Database &db) {
     Statement update = db.prepare("REPLACE INTO mapped(space, name, value) VALUES (?, ?, ?)");
-    return result_of(update.bind(space).bind(name).bind(cut(value, TESSERA_STORE_MAPPED_MAX)).run());
+    return result_of(
+        update.bind(space).bind(name).bind(cut(value, TESSERA_STORE_MAPPED_MAX)).run());
   });
 }
 

@@ -57,14 +57,13 @@ int32_t set_text(const char *key, const char *text) {
   if (text == nullptr) {
     return kConfigFailed;
   }
-  return store_value(key, {.type = TESSERA_STORE_TEXT,
-                           .text = std::string(cut(text, TESSERA_STORE_TEXT_MAX))});
+  return store_value(
+      key, {.type = TESSERA_STORE_TEXT, .text = std::string(cut(text, TESSERA_STORE_TEXT_MAX))});
 }
 
 // Lists ids into the caller's array: at most the capacity that `count` brings, and the whole
 // number back in `count`, which may exceed it.
-int32_t list_ids(const std::optional<std::vector<uint32_t>> &ids, int32_t *count,
-                 uint32_t *out) {
+int32_t list_ids(const std::optional<std::vector<uint32_t>> &ids, int32_t *count, uint32_t *out) {
   if (!ids) {
     return kCallFailed;
   }
@@ -255,8 +254,7 @@ TESSERA_STORE_API int32_t orb_session_get_type_info(const char *type, int32_t *c
 }
 
 TESSERA_STORE_API int32_t orb_function_execute(const char *name, uint32_t *length,
-                                               const void *input, uint32_t capacity,
-                                               void *output) {
+                                               const void *input, uint32_t capacity, void *output) {
   if (name == nullptr || length == nullptr) {
     return kCallFailed;
   }

@@ -121,9 +121,8 @@ std::unique_ptr<Database> Database::open(const std::string &path) {
     return nullptr;
   }
   sqlite3 *db = nullptr;
-  const int rc = sqlite3_open_v2(path.c_str(), &db,
-                                 SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX,
-                                 nullptr);
+  const int rc = sqlite3_open_v2(
+      path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   std::unique_ptr<Database> database(db != nullptr ? new Database(db) : nullptr);
   if (rc != SQLITE_OK) {
     complain("cannot open", path, db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(rc));
@@ -180,8 +179,8 @@ Database::~Database() {
 
 Statement Database::prepare(const char *sql) {
   auto [it, added] = statements_.try_emplace(sql, nullptr);
-  if (added && sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &it->second,
-                                  nullptr) != SQLITE_OK) {
+  if (added && sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &it->second, nullptr) !=
+                   SQLITE_OK) {
     statements_.erase(it);
     return {db_, nullptr};
   }
@@ -233,9 +232,9 @@ bool Statement::run() {
 
 std::string_view Statement::text(int column) const {
   const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(stmt_, column));
-  return data == nullptr
-             ? std::string_view()
-             : std::string_view(data, static_cast<std::size_t>(sqlite3_column_bytes(stmt_, column)));
+  return data == nullptr ? std::string_view()
+                         : std::string_view(
+                               data, static_cast<std::size_t>(sqlite3_column_bytes(stmt_, column)));
 }
 
 std::span<const uint8_t> Statement::blob(int column) const {

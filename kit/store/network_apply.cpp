@@ -17,24 +17,26 @@ struct TextField {
   uint32_t clear_bit;
 };
 
-#define TESSERA_TEXT(member, first, bit) \
-  TextField { offsetof(NetworkRecord, member), sizeof(NetworkRecord::member), first, bit }
+#define TESSERA_TEXT(member, first, bit)                                       \
+  TextField {                                                                  \
+    offsetof(NetworkRecord, member), sizeof(NetworkRecord::member), first, bit \
+  }
 constexpr TextField kTextFields[] = {
-    TESSERA_TEXT(mir_name, false, 0x01),          TESSERA_TEXT(domain_name, false, 0x02),
-    TESSERA_TEXT(dns_server1, false, 0x04),       TESSERA_TEXT(dns_server2, false, 0x08),
-    TESSERA_TEXT(ipv6_dns_server1, false, 0x10),  TESSERA_TEXT(ipv6_dns_server2, false, 0x20),
-    TESSERA_TEXT(ipv6_address, true, 0x20),       TESSERA_TEXT(ipv6_gateway, true, 0x40),
-    TESSERA_TEXT(ipv6_link_local, true, 0x80),    TESSERA_TEXT(ipv6_site_local, true, 0x100),
+    TESSERA_TEXT(mir_name, false, 0x01),         TESSERA_TEXT(domain_name, false, 0x02),
+    TESSERA_TEXT(dns_server1, false, 0x04),      TESSERA_TEXT(dns_server2, false, 0x08),
+    TESSERA_TEXT(ipv6_dns_server1, false, 0x10), TESSERA_TEXT(ipv6_dns_server2, false, 0x20),
+    TESSERA_TEXT(ipv6_address, true, 0x20),      TESSERA_TEXT(ipv6_gateway, true, 0x40),
+    TESSERA_TEXT(ipv6_link_local, true, 0x80),   TESSERA_TEXT(ipv6_site_local, true, 0x100),
 };
 #undef TESSERA_TEXT
 
 // Tri-state flags: 0 unchanged, 1 off, 2 on.
 constexpr std::size_t kFlags[] = {
-    offsetof(NetworkRecord, register_mir),      offsetof(NetworkRecord, dns_dhcp_enable),
-    offsetof(NetworkRecord, use_dhcp_domain),   offsetof(NetworkRecord, ipv6_dns_from_dhcp),
-    offsetof(NetworkRecord, nic_enable),        offsetof(NetworkRecord, ipv4_enable),
-    offsetof(NetworkRecord, ipv6_dhcp_enable),  offsetof(NetworkRecord, nic_auto_neg),
-    offsetof(NetworkRecord, ipv6_enable),       offsetof(NetworkRecord, ipv6_ipsec_enable),
+    offsetof(NetworkRecord, register_mir),     offsetof(NetworkRecord, dns_dhcp_enable),
+    offsetof(NetworkRecord, use_dhcp_domain),  offsetof(NetworkRecord, ipv6_dns_from_dhcp),
+    offsetof(NetworkRecord, nic_enable),       offsetof(NetworkRecord, ipv4_enable),
+    offsetof(NetworkRecord, ipv6_dhcp_enable), offsetof(NetworkRecord, nic_auto_neg),
+    offsetof(NetworkRecord, ipv6_enable),      offsetof(NetworkRecord, ipv6_ipsec_enable),
 };
 
 // Bytes whose "unchanged" is the 0xFF marker.

@@ -67,8 +67,7 @@ bool write_network(Database &db, const NetworkRecord &record) {
 }
 
 std::optional<std::vector<uint32_t>> sessions_of_type(Database &db, std::string_view type) {
-  Statement query =
-      db.prepare("SELECT id FROM sessions WHERE ?1 = '' OR type = ?1 ORDER BY id");
+  Statement query = db.prepare("SELECT id FROM sessions WHERE ?1 = '' OR type = ?1 ORDER BY id");
   query.bind(type);
   return ids_of(query);
 }
@@ -121,8 +120,7 @@ std::optional<std::vector<SensorRecord>> read_sensors(Database &db) {
 }
 
 bool log_event(Database &db, std::string_view name, int32_t arg1, int32_t arg2) {
-  Statement insert =
-      db.prepare("INSERT INTO events(time, name, arg1, arg2) VALUES (?, ?, ?, ?)");
+  Statement insert = db.prepare("INSERT INTO events(time, name, arg1, arg2) VALUES (?, ?, ?, ?)");
   return insert.bind(static_cast<int64_t>(std::time(nullptr)))
       .bind(name.substr(0, sizeof(tessera_store_event::name) - 1))
       .bind(arg1)

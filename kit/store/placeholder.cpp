@@ -11,6 +11,7 @@ constexpr int32_t kUnavailable = -1;  // for the calls whose success is 0
 
 extern "C" {
 
+// clang-format off
 int32_t orb_config_get_bool(const char *, uint8_t *) { return kFailed; }
 int32_t orb_config_get_int(const char *, int32_t *) { return kFailed; }
 int32_t orb_config_get_str(const char *, char *) { return kFailed; }
@@ -68,5 +69,6 @@ int tessera_store_unmap_property(int, const char *) { return TESSERA_STORE_ERROR
 int tessera_store_read_events(int64_t, tessera_store_event *, size_t, size_t *) {
   return TESSERA_STORE_ERROR;
 }
+// clang-format on
 
 }  // extern "C"

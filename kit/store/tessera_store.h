@@ -36,8 +36,8 @@ extern "C" {
 #define TESSERA_STORE_TEXT 3
 
 /* Limits, in characters without the terminator. */
-#define TESSERA_STORE_KEY_MAX 320    /* value keys, user names and property names */
-#define TESSERA_STORE_TEXT_MAX 1024  /* text values */
+#define TESSERA_STORE_KEY_MAX 320     /* value keys, user names and property names */
+#define TESSERA_STORE_TEXT_MAX 1024   /* text values */
 #define TESSERA_STORE_MAPPED_MAX 1279 /* values of the mapping daemon's properties */
 
 /* Namespaces of the mapping daemon's properties. */
@@ -76,8 +76,8 @@ TESSERA_STORE_API int tessera_store_remove_value(const char *key);
 typedef struct tessera_store_session {
   uint32_t id;
   uint32_t parent;
-  uint32_t word;    /* handed to the tools unread */
-  char type[68];    /* keyword: "SSH", "webgui", "vKVM", "vMedia", ... */
+  uint32_t word; /* handed to the tools unread */
+  char type[68]; /* keyword: "SSH", "webgui", "vKVM", "vMedia", ... */
   char user[321];
   char address[67]; /* dotted IPv4, IPv6 text, or "localhost" */
 } tessera_store_session;

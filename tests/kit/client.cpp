@@ -7,10 +7,11 @@
 //   info ID                           ssn_entry_getinfo: "status user address text type kvm media
 //                                     privilege word"
 //   close ID                          a close request to the session daemon: "status"
-//   load PREFIX COUNT [retry]         writes and reads back COUNT properties PREFIX.N, then reads
+//   load PREFIX COUNT [retry|direct]  writes and reads back COUNT properties PREFIX.N, then reads
 //                                     them all again: "halfway" at COUNT/2, at the end "ops N
 //                                     failed N wrong N"; with retry each failed call is repeated
-//                                     until it succeeds. Exits 1 when a value was wrong or lost.
+//                                     until it succeeds; direct goes to the store without the
+//                                     daemon. Exits 1 when a value was wrong or lost.
 #include <unistd.h>
 
 #include <chrono>
@@ -66,7 +67,9 @@ int32_t persist(bool retry, int *failed, Call call) {
   }
 }
 
-int load(const std::string &prefix, int count, bool retry) {
+int load(const std::string &prefix, int count, bool retry, bool direct) {
+  const auto get = direct ? Cfgmgr_Get_Property_ori : Cfgmgr_Get_Property;
+  const auto set = direct ? Cfgmgr_Set_Property_ori : Cfgmgr_Set_Property;
   int failed = 0;
   int wrong = 0;
   long ops = 0;
@@ -75,7 +78,8 @@ int load(const std::string &prefix, int count, bool retry) {
   auto read_back = [&](int i) {
     ++ops;
     value[0] = '\0';
-    if (persist(retry, &failed, [&] { return Cfgmgr_Get_Property(name_of(i).c_str(), value, sizeof value); }) != 0) {
+    if (persist(retry, &failed, [&] { return get(name_of(i).c_str(), value, sizeof value); }) !=
+        0) {
       ++failed;
     } else if (value_of(i) != value) {
       ++wrong;
@@ -87,7 +91,8 @@ int load(const std::string &prefix, int count, bool retry) {
       std::fflush(stdout);
     }
     ++ops;
-    if (persist(retry, &failed, [&] { return Cfgmgr_Set_Property(name_of(i).c_str(), value_of(i).c_str()); }) != 0) {
+    if (persist(retry, &failed, [&] { return set(name_of(i).c_str(), value_of(i).c_str()); }) !=
+        0) {
       ++failed;
       continue;
     }
@@ -134,8 +139,9 @@ int main(int argc, char **argv) {
     } else if (command == "load") {
       const std::string prefix = next();
       const int count = std::atoi(next());
-      const bool retry = i + 1 < argc && std::strcmp(argv[i + 1], "retry") == 0 && ++i;
-      if (load(prefix, count, retry) != 0) {
+      const std::string mode = i + 1 < argc ? argv[i + 1] : "";
+      i += mode == "retry" || mode == "direct" ? 1 : 0;
+      if (load(prefix, count, mode == "retry", mode == "direct") != 0) {
         return 1;
       }
     } else {

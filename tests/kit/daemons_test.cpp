@@ -64,10 +64,27 @@ TEST_F(Daemons, ServeOwnedPropertiesAndSendTheRestToTheStore) {
   ASSERT_EQ(tessera_store_map_property(TESSERA_STORE_MAPPED, "TELNET/port", "23"), 0);
   ASSERT_EQ(tessera_store_set_value("gui_int_http_port", TESSERA_STORE_INT, "80"), 0);
 
-  const auto lines = client_lines({"get", "TELNET/port", "set", "TELNET/port", "2323", "get",
-                                   "TELNET/port", "get", "WEBSERVER/http_port", "set",
-                                   "WEBSERVER/http_port", "8080", "get", "WEBSERVER/http_port",
-                                   "dcs-set", "x/y", "hello", "dcs-get", "x/y", "dcs-get", "x/z"});
+  const auto lines = client_lines({"get",
+                                   "TELNET/port",
+                                   "set",
+                                   "TELNET/port",
+                                   "2323",
+                                   "get",
+                                   "TELNET/port",
+                                   "get",
+                                   "WEBSERVER/http_port",
+                                   "set",
+                                   "WEBSERVER/http_port",
+                                   "8080",
+                                   "get",
+                                   "WEBSERVER/http_port",
+                                   "dcs-set",
+                                   "x/y",
+                                   "hello",
+                                   "dcs-get",
+                                   "x/y",
+                                   "dcs-get",
+                                   "x/z"});
   EXPECT_EQ(lines, (std::vector<std::string>{"0 23", "0", "0 2323", "0 80", "0", "0 8080", "0",
                                              "0 hello", "1 "}));
   char value[16];
@@ -75,9 +92,9 @@ TEST_F(Daemons, ServeOwnedPropertiesAndSendTheRestToTheStore) {
   EXPECT_STREQ(value, "2323");
   EXPECT_EQ(stored("pm_int_telnet_port"), "(none)") << "the daemon's property stays its own";
   EXPECT_EQ(stored("gui_int_http_port"), "8080");
-  EXPECT_EQ(tessera_store_get_mapped(TESSERA_STORE_MAPPED, "WEBSERVER/http_port", value,
-                                     sizeof value),
-            TESSERA_STORE_NOT_FOUND)
+  EXPECT_EQ(
+      tessera_store_get_mapped(TESSERA_STORE_MAPPED, "WEBSERVER/http_port", value, sizeof value),
+      TESSERA_STORE_NOT_FOUND)
       << "a fallback write doesn't make the daemon own the property";
 }
 
@@ -99,10 +116,10 @@ TEST_F(Daemons, NetworkWritesReadBackFieldByField) {
     expected.push_back("0 " + value);
   }
   // The empty text clears; -1 is the marker of "unchanged", so it changes nothing.
-  commands.insert(commands.end(), {"set", "DNS/server1", "", "get", "DNS/server1", "get",
-                                   "DNS/server2", "set", "DNS/dhcp_enable", "0", "get",
-                                   "DNS/dhcp_enable", "set", "NETWORK/NIC/selection", "-1", "get",
-                                   "NETWORK/NIC/selection"});
+  commands.insert(commands.end(),
+                  {"set", "DNS/server1", "", "get", "DNS/server1", "get", "DNS/server2", "set",
+                   "DNS/dhcp_enable", "0", "get", "DNS/dhcp_enable", "set", "NETWORK/NIC/selection",
+                   "-1", "get", "NETWORK/NIC/selection"});
   expected.insert(expected.end(), {"0", "0 ", "0 10.0.0.54", "0", "0 0", "0", "0 2"});
   EXPECT_EQ(client_lines(commands), expected);
 

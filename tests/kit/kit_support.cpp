@@ -72,8 +72,8 @@ const Orb &orb() {
   return functions;
 }
 
-tessera_store_session session(uint32_t id, const char *type, const char *user,
-                              const char *address, uint32_t parent) {
+tessera_store_session session(uint32_t id, const char *type, const char *user, const char *address,
+                              uint32_t parent) {
   tessera_store_session out{.id = id, .parent = parent, .word = id * 10};
   std::strncpy(out.type, type, sizeof out.type - 1);
   std::strncpy(out.user, user, sizeof out.user - 1);
@@ -141,7 +141,9 @@ int Child::wait() {
   return status;
 }
 
-void Child::signal(int number) { ::kill(pid_, number); }
+void Child::signal(int number) {
+  ::kill(pid_, number);
+}
 
 Outcome run(std::vector<std::string> argv) {
   Child child(std::move(argv));
@@ -149,9 +151,15 @@ Outcome run(std::vector<std::string> argv) {
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), child.output()};
 }
 
-std::string mappingd() { return TESSERA_KIT_MAPPINGD; }
-std::string sessiond() { return TESSERA_KIT_SESSIOND; }
-std::string client() { return TESSERA_KIT_CLIENT; }
+std::string mappingd() {
+  return TESSERA_KIT_MAPPINGD;
+}
+std::string sessiond() {
+  return TESSERA_KIT_SESSIOND;
+}
+std::string client() {
+  return TESSERA_KIT_CLIENT;
+}
 
 bool wait_for_socket(const char *socket, std::chrono::milliseconds limit) {
   const auto deadline = std::chrono::steady_clock::now() + limit;

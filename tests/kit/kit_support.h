@@ -51,7 +51,9 @@ const Orb &orb();
 // Sessions for seeding.
 tessera_store_session session(uint32_t id, const char *type, const char *user = "",
                               const char *address = "", uint32_t parent = 0);
-inline int add_session(const tessera_store_session &s) { return tessera_store_add_session(&s); }
+inline int add_session(const tessera_store_session &s) {
+  return tessera_store_add_session(&s);
+}
 
 // A program of the kit run as a child process, its standard output kept in a pipe.
 class Child {

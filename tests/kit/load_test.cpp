@@ -61,10 +61,10 @@ class Load : public ::testing::Test {
       for (int i = 0; i < count; ++i) {
         const std::string name = prefix(c) + "." + std::to_string(i);
         const std::string expected = prefix(c) + "-value-" + std::to_string(i * 7919);
-        const int found = i % 2 == 0 ? tessera_store_get_mapped(TESSERA_STORE_MAPPED,
-                                                                name.c_str(), value, sizeof value)
-                                     : tessera_store_get_value(name.c_str(), nullptr, value,
-                                                               sizeof value);
+        const int found =
+            i % 2 == 0
+                ? tessera_store_get_mapped(TESSERA_STORE_MAPPED, name.c_str(), value, sizeof value)
+                : tessera_store_get_value(name.c_str(), nullptr, value, sizeof value);
         ASSERT_EQ(found, TESSERA_STORE_OK) << name;
         ASSERT_EQ(value, expected) << name;
       }
@@ -93,7 +93,8 @@ TEST_F(Load, EightClientsEachWriteAndReadBackAThousandProperties) {
   EXPECT_EQ(ops, kClients * kCount * 3L) << "a write and two reads per property";
   std::printf("%ld property operations by %d clients in %.2f s: %.0f per second\n", ops, kClients,
               took.count(), static_cast<double>(ops) / took.count());
-  RecordProperty("operations_per_second", static_cast<int>(static_cast<double>(ops) / took.count()));
+  RecordProperty("operations_per_second",
+                 static_cast<int>(static_cast<double>(ops) / took.count()));
   expect_all_there(kClients, kCount);
 }
 

@@ -122,10 +122,8 @@ TEST_F(Store, HandsOutSessionRecordsChildrenAndTypeLists) {
   ASSERT_EQ(add_session(session(9, "vMedia", "root", "", 7)), 0);
   ASSERT_EQ(add_session(session(8, "vKVM", "root", "", 7)), 0);
   ASSERT_EQ(add_session(session(3, "SSH", std::string(400, 'u').c_str())), 0);
-  EXPECT_EQ(add_session(session(4, "SSH", "", "", 99)), TESSERA_STORE_ERROR)
-      << "unknown parent";
-  EXPECT_EQ(add_session(session(7, "webgui", "", "", 8)), TESSERA_STORE_ERROR)
-      << "a loop";
+  EXPECT_EQ(add_session(session(4, "SSH", "", "", 99)), TESSERA_STORE_ERROR) << "unknown parent";
+  EXPECT_EQ(add_session(session(7, "webgui", "", "", 8)), TESSERA_STORE_ERROR) << "a loop";
 
   session::SessionRecord record{};
   ASSERT_NE(o.session_info(7, &record), 0);
@@ -233,13 +231,24 @@ TEST_F(Store, AppliesNetworkChangeRequestsFieldByField) {
        [](NetworkRecord &r) { r.nic_selection = 0xFE; }},
       {"prefix length", [](NetworkRecord &r) { r.ipv6_prefix_length = 48; },
        [](NetworkRecord &r) { r.ipv6_prefix_length = 48; }},
-      {"mtu", [](NetworkRecord &r) { r.nic_mtu[0] = 0x70; r.nic_mtu[1] = 0x11; },
-       [](NetworkRecord &r) { r.nic_mtu[0] = 0x70; r.nic_mtu[1] = 0x11; }},
+      {"mtu",
+       [](NetworkRecord &r) {
+         r.nic_mtu[0] = 0x70;
+         r.nic_mtu[1] = 0x11;
+       },
+       [](NetworkRecord &r) {
+         r.nic_mtu[0] = 0x70;
+         r.nic_mtu[1] = 0x11;
+       }},
       {"an unterminated text is cut to its field",
        [](NetworkRecord &r) { std::memset(r.mir_name, 'm', sizeof r.mir_name); },
        [](NetworkRecord &r) { std::memset(r.mir_name, 'm', sizeof r.mir_name - 1); }},
       {"fields without property stay the store's",
-       [](NetworkRecord &r) { r.byte_971 = 5; r.reserved_1832[0] = 1; }, [](NetworkRecord &) {}},
+       [](NetworkRecord &r) {
+         r.byte_971 = 5;
+         r.reserved_1832[0] = 1;
+       },
+       [](NetworkRecord &) {}},
   };
   for (const Case &c : cases) {
     NetworkRecord request = no_change();
