@@ -46,6 +46,12 @@ bool terminated(const char (&field)[N]) {
 
 }  // namespace
 
+Found found_of(int store_result) {
+  return store_result == TESSERA_STORE_OK          ? Found::yes
+         : store_result == TESSERA_STORE_NOT_FOUND ? Found::no
+                                                   : Found::failed;
+}
+
 DaemonMessage answer_mapping(std::span<const uint8_t> request, PropertyStore &store) {
   bool complete = false;
   DaemonMessage message = received(request, &complete);

@@ -23,8 +23,10 @@ inline constexpr uint32_t kStatusUnknown = 6;      // no such DCSGEN property or
 // A refusal's direction in a reply.
 inline constexpr uint8_t kDirectionRefused = 3;
 
-// Results of the stores below: those of tessera_store.h.
+// Results of the stores below.
 enum class Found { yes, no, failed };
+// The Found of a tessera_store_* result: OK, NOT_FOUND, or anything else.
+Found found_of(int store_result);
 
 class PropertyStore {
  public:

@@ -28,6 +28,7 @@
 #include <vector>
 
 #include "kit/daemons/requests.h"
+#include "kit/store/tessera_store.h"
 
 namespace tessera::kit {
 namespace {
@@ -403,6 +404,18 @@ int serve(const DaemonOptions &options, const RequestHandler &handler) {
   }
   log_line(LOG_INFO, "stopped");
   return 0;
+}
+
+int run_daemon(int argc, char **argv, const char *program, const char *socket, const char *purpose,
+               const RequestHandler &handler) {
+  const DaemonOptions options = parse_options(argc, argv, program, socket, purpose);
+  if (tessera_store_check() != TESSERA_STORE_OK) {
+    char path[4096] = "(no home directory)";
+    tessera_store_path(path, sizeof path);
+    log_line(LOG_ERR, "the store at %s cannot be used", path);
+    return 1;
+  }
+  return serve(options, handler);
 }
 
 }  // namespace tessera::kit

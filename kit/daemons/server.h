@@ -36,4 +36,8 @@ using RequestHandler = std::function<orb_cfg::DaemonMessage(std::span<const uint
 // once listening. Returns the exit code.
 int serve(const DaemonOptions &options, const RequestHandler &handler);
 
+// A daemon's whole life: its command line, a check that the store can be used, and serve().
+int run_daemon(int argc, char **argv, const char *program, const char *socket, const char *purpose,
+               const RequestHandler &handler);
+
 }  // namespace tessera::kit
