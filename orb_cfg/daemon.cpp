@@ -11,6 +11,7 @@
 #include "memory/heap.h"
 #include "orb_cfg/daemon_message.h"
 #include "system/linux/handles.h"
+#include "system/linux/sigpipe.h"
 #include "tessera/orb_cfg.h"
 
 namespace tessera::orb_cfg {
@@ -119,7 +120,12 @@ int32_t session_manager_ipmiextd_communicate(void *message) {
   if (::connect(socket.get(), reinterpret_cast<const sockaddr *>(&address), length) != 0) {
     return kExchangeFailed;
   }
-  static_cast<void>(::send(socket.get(), bytes, sizeof(DaemonMessage), 0));
+  {
+    // A daemon that closes before reading must not take the tool down with SIGPIPE: the
+    // exchange then fails at the receive like any other broken one.
+    const tessera::SigpipeGuard guard;
+    static_cast<void>(::send(socket.get(), bytes, sizeof(DaemonMessage), 0));
+  }
   if (::recv(socket.get(), bytes, sizeof(DaemonMessage), 0) <= 0) {
     return kExchangeFailed;
   }

@@ -32,6 +32,8 @@ TESSERA_BEGIN_DECLS
 /* Results of the listing and inspection calls. */
 #define SSN_ERR_NULL_COUNT 8193   /* ssn_entry_list without a count */
 #define SSN_ERR_NO_SESSION 8198   /* ssn_entry_getinfo of a session the store cannot read */
+#define SSN_ERR_NO_RESOURCES 12300 /* ssn_close: no memory for the daemon message */
+#define SSN_ERR_NO_DAEMON 12307   /* ssn_close: the session daemon can't be reached */
 
 /* Sizes of the caller's buffers. */
 #define SSN_MAX_IDS 100           /* ids in the array of ssn_entry_list */
@@ -96,6 +98,13 @@ TESSERA_API int32_t ssn_open(void);
 TESSERA_API int32_t ssn_check(const void *arg1, const void *arg2, const void *arg3,
                               uint32_t *state, uint32_t *limit);
 TESSERA_API int32_t ssn_unlock(void);
+
+/* Asks the session daemon to close session `id`. Returns 0 once the daemon has answered, whatever
+ * it answered; SSN_ERR_NO_DAEMON when it can't be reached; SSN_ERR_NO_RESOURCES when out of
+ * memory. */
+TESSERA_API int32_t ssn_close(uint32_t id);
+/* As ssn_close, marking the request as a close of the store's session. */
+TESSERA_API int32_t ssn_orb_close(uint32_t id);
 TESSERA_API int32_t sc_ssn_open(void);
 TESSERA_API int32_t sc_ssn_unlock(void);
 
