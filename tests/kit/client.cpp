@@ -6,7 +6,7 @@
 //   sessions | sessions-of USER       ssn_entry_list, of all or of one user: "status id..."
 //   info ID                           ssn_entry_getinfo: "status user address text type kvm media
 //                                     privilege word"
-//   close ID                          a close request to the session daemon: "status"
+//   close ID | orb-close ID           ssn_close / ssn_orb_close: "status"
 //   load PREFIX COUNT [retry|direct]  writes and reads back COUNT properties PREFIX.N, then reads
 //                                     them all again: "halfway" at COUNT/2, at the end "ops N
 //                                     failed N wrong N"; with retry each failed call is repeated
@@ -21,21 +21,12 @@
 #include <string>
 #include <thread>
 
-#include "orb_cfg/daemon_message.h"
 #include "tessera/orb_cfg.h"
 #include "tessera/session.h"
 
 namespace {
 
 char value[1025];
-
-int close_session(uint32_t id) {
-  tessera::orb_cfg::DaemonMessage message{};
-  message.direction = tessera::orb_cfg::kDirectionRequest;
-  message.operation = tessera::orb_cfg::kCloseSession;
-  message.session_id = id;
-  return session_manager_ipmiextd_communicate(&message);
-}
 
 void info(uint32_t id) {
   char user[SSN_USER_SIZE] = {};
@@ -134,8 +125,9 @@ int main(int argc, char **argv) {
       std::printf("\n");
     } else if (command == "info") {
       info(static_cast<uint32_t>(std::strtoul(next(), nullptr, 10)));
-    } else if (command == "close") {
-      std::printf("%d\n", close_session(static_cast<uint32_t>(std::strtoul(next(), nullptr, 10))));
+    } else if (command == "close" || command == "orb-close") {
+      const auto id = static_cast<uint32_t>(std::strtoul(next(), nullptr, 10));
+      std::printf("%d\n", command == "close" ? ssn_close(id) : ssn_orb_close(id));
     } else if (command == "load") {
       const std::string prefix = next();
       const int count = std::atoi(next());

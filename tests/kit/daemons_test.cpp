@@ -140,9 +140,10 @@ TEST_F(Daemons, ListInspectAndCloseSessions) {
 
   const std::string webgui = std::to_string(str2ssntype("webgui"));
   const std::string ssh = std::to_string(str2ssntype("SSH"));
-  auto lines = client_lines({"sessions", "sessions-of", "operator", "info", "10", "info", "20",
-                             "close", "10", "sessions", "info", "11"});
-  ASSERT_EQ(lines.size(), 7U);
+  auto lines =
+      client_lines({"sessions", "sessions-of", "operator", "info", "10", "info", "20", "close",
+                    "10", "sessions", "info", "11", "orb-close", "20", "close", "20"});
+  ASSERT_EQ(lines.size(), 9U);
   EXPECT_EQ(lines[0], "0 10 11 12 20");
   EXPECT_EQ(lines[1], "0 20");
   EXPECT_EQ(lines[2], "0 root 0501a8c0 192.168.1.5 " + webgui + " 1 1 511 100");
@@ -150,13 +151,18 @@ TEST_F(Daemons, ListInspectAndCloseSessions) {
   EXPECT_EQ(lines[4], "0");
   EXPECT_EQ(lines[5], "0 20") << "closed with its children";
   EXPECT_EQ(lines[6].substr(0, 5), "8198 ");
+  EXPECT_EQ(lines[7], "0");
+  EXPECT_EQ(lines[8], "0") << "a refusal is still an answer";
 
-  tessera_store_event event{};
+  tessera_store_event events[3]{};
   size_t count = 0;
-  ASSERT_EQ(tessera_store_read_events(0, &event, 1, &count), 0);
-  ASSERT_EQ(count, 1U);
-  EXPECT_STREQ(event.name, "session_closed");
-  EXPECT_EQ(event.arg1, 10);
+  ASSERT_EQ(tessera_store_read_events(0, events, 3, &count), 0);
+  ASSERT_EQ(count, 2U);
+  EXPECT_STREQ(events[0].name, "session_closed");
+  EXPECT_EQ(events[0].arg1, 10);
+  EXPECT_EQ(events[0].arg2, 0);
+  EXPECT_EQ(events[1].arg1, 20);
+  EXPECT_EQ(events[1].arg2, 1) << "closed by ssn_orb_close";
 }
 
 // One exchange over a raw connection: sends `bytes`, optionally shuts the sending side, and reads
