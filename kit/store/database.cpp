@@ -138,6 +138,9 @@ std::unique_ptr<Database> Database::open(const std::string &path) {
 bool Database::set_up() {
   sqlite3_busy_timeout(db_, kBusyTimeoutMs);
   sqlite3_extended_result_codes(db_, 1);
+  // A tool that was the last to close the database would otherwise copy the whole log back into
+  // it on its way out; the writers' own checkpoints do that as the log grows.
+  sqlite3_db_config(db_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   // Switching to WAL needs a moment of exclusive access, which a concurrent first opener of a new
   // file may hold; the busy handler doesn't cover that, so wait here.
   for (int attempt = 0;; ++attempt) {
