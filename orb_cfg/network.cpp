@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "orb_cfg/network_record.h"
 #include "orb_cfg/orb_cfg_internal.h"
 #include "store_client/platform.h"
 #include "tessera/orb_cfg.h"
@@ -13,98 +14,6 @@
 
 namespace tessera::orb_cfg {
 namespace {
-
-// One extended IPv6 address: text, then its prefix length.
-struct ExtendedAddress {
-  char address[46];
-  uint8_t prefix;
-};
-
-// The record as it crosses to the store client, numbers in native byte order. Every member is a
-// byte or an array of bytes, so the layout has no padding and no alignment on any target; 16- and
-// 32-bit numbers are read and written with memcpy. In a change request every field but the
-// target says "unchanged": empty text, 0, or the -1 markers set by start_change_request.
-struct NetworkRecord {
-  char mir_name[255];     // source 1
-  char domain_name[255];  // source 2
-  uint8_t nic_selection;  // source 3, signed
-  uint8_t reserved_511[3];
-  uint8_t word_514[2];         // 16-bit, no property
-  uint8_t word_516[2];         // 16-bit, no property
-  uint8_t register_mir;        // source 4
-  uint8_t dns_dhcp_enable;     // source 5
-  uint8_t use_dhcp_domain;     // source 6
-  char dns_server1[16];        // source 7
-  char dns_server2[16];        // source 8
-  uint8_t ipv6_dns_from_dhcp;  // source 15
-  char ipv6_dns_server1[46];   // source 10
-  char ipv6_dns_server2[46];   // source 11
-  uint8_t byte_646;            // no property
-  uint8_t reserved_647;
-  uint8_t nic_enable;   // source 12
-  uint8_t ipv4_enable;  // source 13
-  uint8_t reserved_650[321];
-  uint8_t byte_971;              // source 14, no property
-  uint8_t ipv6_dhcp_enable;      // source 9
-  uint8_t nic_auto_neg;          // source 16
-  uint8_t nic_100b;              // source 17, signed
-  uint8_t nic_full_duplex;       // source 18, signed
-  uint8_t nic_mtu[2];            // source 19, unsigned 16-bit
-  uint8_t ipv6_enable;           // source 20
-  uint8_t ipv6_prefix_length;    // source 21
-  uint8_t ipv6_ipsec_enable;     // source 24
-  char ipv6_address[46];         // source 22
-  char ipv6_gateway[46];         // source 23
-  char ipv6_link_local[46];      // source 25
-  char ipv6_site_local[46];      // source 26
-  uint8_t ipv6_address_count;    // source 27
-  ExtendedAddress extended[14];  // sources 40 to 53: IPV6/extaddrN for N = 2 to 15
-  uint8_t clear_mask_first[4];   // unsigned 32-bit
-  uint8_t clear_mask_second[4];  // unsigned 32-bit
-  uint8_t reserved_1832[2936];
-};
-
-static_assert(sizeof(ExtendedAddress) == 47);
-static_assert(sizeof(NetworkRecord) == TESSERA_NETWORK_RECORD_SIZE);
-static_assert(offsetof(NetworkRecord, mir_name) == 0);
-static_assert(offsetof(NetworkRecord, domain_name) == 255);
-static_assert(offsetof(NetworkRecord, nic_selection) == 510);
-static_assert(offsetof(NetworkRecord, reserved_511) == 511);
-static_assert(offsetof(NetworkRecord, word_514) == 514);
-static_assert(offsetof(NetworkRecord, word_516) == 516);
-static_assert(offsetof(NetworkRecord, register_mir) == 518);
-static_assert(offsetof(NetworkRecord, dns_dhcp_enable) == 519);
-static_assert(offsetof(NetworkRecord, use_dhcp_domain) == 520);
-static_assert(offsetof(NetworkRecord, dns_server1) == 521);
-static_assert(offsetof(NetworkRecord, dns_server2) == 537);
-static_assert(offsetof(NetworkRecord, ipv6_dns_from_dhcp) == 553);
-static_assert(offsetof(NetworkRecord, ipv6_dns_server1) == 554);
-static_assert(offsetof(NetworkRecord, ipv6_dns_server2) == 600);
-static_assert(offsetof(NetworkRecord, byte_646) == 646);
-static_assert(offsetof(NetworkRecord, reserved_647) == 647);
-static_assert(offsetof(NetworkRecord, nic_enable) == 648);
-static_assert(offsetof(NetworkRecord, ipv4_enable) == 649);
-static_assert(offsetof(NetworkRecord, reserved_650) == 650);
-static_assert(offsetof(NetworkRecord, byte_971) == 971);
-static_assert(offsetof(NetworkRecord, ipv6_dhcp_enable) == 972);
-static_assert(offsetof(NetworkRecord, nic_auto_neg) == 973);
-static_assert(offsetof(NetworkRecord, nic_100b) == 974);
-static_assert(offsetof(NetworkRecord, nic_full_duplex) == 975);
-static_assert(offsetof(NetworkRecord, nic_mtu) == 976);
-static_assert(offsetof(NetworkRecord, ipv6_enable) == 978);
-static_assert(offsetof(NetworkRecord, ipv6_prefix_length) == 979);
-static_assert(offsetof(NetworkRecord, ipv6_ipsec_enable) == 980);
-static_assert(offsetof(NetworkRecord, ipv6_address) == 981);
-static_assert(offsetof(NetworkRecord, ipv6_gateway) == 1027);
-static_assert(offsetof(NetworkRecord, ipv6_link_local) == 1073);
-static_assert(offsetof(NetworkRecord, ipv6_site_local) == 1119);
-static_assert(offsetof(NetworkRecord, ipv6_address_count) == 1165);
-static_assert(offsetof(NetworkRecord, extended) == 1166);
-static_assert(offsetof(NetworkRecord, extended) + 14 * sizeof(ExtendedAddress) == 1824);
-static_assert(offsetof(NetworkRecord, clear_mask_first) == 1824);
-static_assert(offsetof(NetworkRecord, clear_mask_second) == 1828);
-static_assert(offsetof(NetworkRecord, reserved_1832) == 1832);
-static_assert(alignof(NetworkRecord) == 1);
 
 // Where a special row's `source` points: a field of the network record (1 to 27, 40 to 53), or,
 // for the firmware rows (54 to 57), a field of the firmware record, which nothing here fetches.
@@ -207,19 +116,14 @@ void put_u32_or(uint8_t (&field)[4], uint32_t bits) {
 // A change request that changes nothing yet.
 void start_change_request(NetworkRecord &record) {
   std::memset(&record, 0, sizeof record);
-  constexpr uint16_t kUnchanged16 = 0xFFFF;
-  record.byte_646 = 1;
-  record.nic_selection = 0xFF;
-  record.nic_100b = 0xFF;
-  record.nic_full_duplex = 0xFF;
-  record.ipv6_prefix_length = 0xFF;
-  std::memcpy(record.word_514, &kUnchanged16, sizeof kUnchanged16);
-  std::memcpy(record.word_516, &kUnchanged16, sizeof kUnchanged16);
+  record.byte_646 = kRequestByte646;
+  record.nic_selection = kUnchangedByte;
+  record.nic_100b = kUnchangedByte;
+  record.nic_full_duplex = kUnchangedByte;
+  record.ipv6_prefix_length = kUnchangedByte;
+  std::memcpy(record.word_514, &kUnchangedWord, sizeof kUnchangedWord);
+  std::memcpy(record.word_516, &kUnchangedWord, sizeof kUnchangedWord);
 }
-
-// Flags in a change request: 0 unchanged, 1 off, 2 on. As read, only 2 is on.
-inline constexpr uint8_t kFlagOff = 1;
-inline constexpr uint8_t kFlagOn = 2;
 inline constexpr uint16_t kFirstMaskBit = 0x8000;
 
 }  // namespace

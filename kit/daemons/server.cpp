@@ -1,0 +1,421 @@
+// The daemons' server. The main thread accepts connections and watches for SIGTERM and SIGINT;
+// a fixed set of workers serves the connections, one request and one reply each. A request must
+// arrive within a short time, so a client that sends too little, or nothing, costs a worker that
+// long and no more; whatever arrives gets a whole reply.
+#include "kit/daemons/server.h"
+
+#include <fcntl.h>
+#include <getopt.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "kit/daemons/requests.h"
+#include "kit/store/tessera_store.h"
+
+namespace tessera::kit {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kWorkers = 16;
+constexpr std::size_t kMaxWaiting = 1024;  // connections queued for a worker; beyond, dropped
+constexpr auto kRequestTime = std::chrono::seconds(2);
+constexpr std::size_t kMessageSize = sizeof(DaemonMessage);
+
+const char *log_program = "tessera";
+bool log_to_stderr = true;
+
+class ConnectionQueue {
+ public:
+  bool push(int fd) {
+    {
+      std::lock_guard lock(mutex_);
+      if (waiting_.size() >= kMaxWaiting) {
+        return false;
+      }
+      waiting_.push_back(fd);
+    }
+    ready_.notify_one();
+    return true;
+  }
+  // The next connection; -1 once closed and empty.
+  int pop() {
+    std::unique_lock lock(mutex_);
+    ready_.wait(lock, [this] { return !waiting_.empty() || closed_; });
+    if (waiting_.empty()) {
+      return -1;
+    }
+    const int fd = waiting_.front();
+    waiting_.pop_front();
+    return fd;
+  }
+  void close() {
+    {
+      std::lock_guard lock(mutex_);
+      closed_ = true;
+    }
+    ready_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable ready_;
+  std::deque<int> waiting_;
+  bool closed_ = false;
+};
+
+// Reads one request: until a whole message is there, the client stops sending, or time is up.
+std::size_t read_request(int fd, uint8_t *buffer) {
+  const auto deadline = Clock::now() + kRequestTime;
+  std::size_t got = 0;
+  while (got < kMessageSize) {
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    pollfd readable{fd, POLLIN, 0};
+    const int ready = left > 0 ? ::poll(&readable, 1, static_cast<int>(left)) : 0;
+    if (ready < 0 && errno == EINTR) {
+      continue;
+    }
+    const ssize_t n = ready > 0 ? ::recv(fd, buffer + got, kMessageSize - got, MSG_DONTWAIT) : 0;
+    if (n < 0 && (errno == EINTR || errno == EAGAIN)) {
+      continue;
+    }
+    if (n <= 0) {
+      break;
+    }
+    got += static_cast<std::size_t>(n);
+  }
+  return got;
+}
+
+void send_reply(int fd, const DaemonMessage &reply) {
+  const auto *bytes = reinterpret_cast<const uint8_t *>(&reply);
+  std::size_t sent = 0;
+  while (sent < sizeof reply) {
+    const ssize_t n = ::send(fd, bytes + sent, sizeof reply - sent, MSG_NOSIGNAL);
+    if (n < 0 && errno == EINTR) {
+      continue;
+    }
+    if (n <= 0) {
+      return;  // the client is gone
+    }
+    sent += static_cast<std::size_t>(n);
+  }
+}
+
+void serve_connection(int fd, const RequestHandler &handler, bool verbose) {
+  const timeval send_limit{2, 0};
+  ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &send_limit, sizeof send_limit);
+  uint8_t request[kMessageSize] = {};
+  const std::size_t got = read_request(fd, request);
+  DaemonMessage reply;
+  try {
+    reply = handler(std::span(request, got));
+  } catch (...) {  // out of memory, most likely: refuse, and go on serving
+    std::memcpy(&reply, request, sizeof reply);
+    reply.direction = kDirectionRefused;
+    reply.status = kStatusStoreFailed;
+  }
+  send_reply(fd, reply);
+  ::close(fd);
+  if (verbose) {
+    log_line(LOG_DEBUG, "%zu bytes, operation %u, session %u, name \"%.*s\": %s, status %u", got,
+             reply.operation, reply.session_id,
+             static_cast<int>(strnlen(reply.name, sizeof reply.name)), reply.name,
+             reply.direction == orb_cfg::kDirectionSuccess ? "done" : "refused", reply.status);
+  }
+}
+
+bool make_directories(const std::string &path) {
+  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
+       slash = path.find('/', slash + 1)) {
+    if (::mkdir(path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST) {
+      log_line(LOG_ERR, "cannot create the directory of %s: %s", path.c_str(),
+               std::strerror(errno));
+      return false;
+    }
+  }
+  return true;
+}
+
+bool make_address(const std::string &path, sockaddr_un *address) {
+  *address = {};
+  address->sun_family = AF_UNIX;
+  if (path.empty() || path.size() >= sizeof address->sun_path) {
+    log_line(LOG_ERR, "socket path too long: %s", path.c_str());
+    return false;
+  }
+  std::memcpy(address->sun_path, path.c_str(), path.size() + 1);
+  return true;
+}
+
+// Clears the way for a new socket at `path`: a stale socket goes, a live one (another daemon
+// answering) or anything that is no socket stays, and the start fails.
+bool claim_path(const std::string &path, const sockaddr_un &address) {
+  struct stat info {};
+  if (::lstat(path.c_str(), &info) != 0) {
+    if (errno == ENOENT) {
+      return true;
+    }
+    log_line(LOG_ERR, "%s: %s", path.c_str(), std::strerror(errno));
+    return false;
+  }
+  if (!S_ISSOCK(info.st_mode)) {
+    log_line(LOG_ERR, "%s exists and is not a socket", path.c_str());
+    return false;
+  }
+  const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const bool live =
+      ::connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+  ::close(probe);
+  if (live) {
+    log_line(LOG_ERR, "another daemon is serving %s", path.c_str());
+    return false;
+  }
+  if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
+    log_line(LOG_ERR, "cannot remove the stale socket %s: %s", path.c_str(), std::strerror(errno));
+    return false;
+  }
+  return true;
+}
+
+// The listening socket at `path`, or -1. `inode` identifies the socket file, so that only ours
+// is removed at the end.
+int listen_at(const std::string &path, ino_t *inode) {
+  sockaddr_un address;
+  if (!make_address(path, &address) || !make_directories(path) || !claim_path(path, address)) {
+    return -1;
+  }
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  struct stat info {};
+  if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
+      ::listen(fd, SOMAXCONN) != 0 || ::stat(path.c_str(), &info) != 0) {
+    log_line(LOG_ERR, "cannot listen at %s: %s", path.c_str(), std::strerror(errno));
+    if (fd >= 0) {
+      ::close(fd);
+    }
+    return -1;
+  }
+  *inode = info.st_ino;
+  return fd;
+}
+
+bool write_pid_file(const std::string &path) {
+  if (path.empty()) {
+    return true;
+  }
+  FILE *file = std::fopen(path.c_str(), "we");
+  if (file != nullptr && std::fprintf(file, "%d\n", static_cast<int>(::getpid())) > 0 &&
+      std::fclose(file) == 0) {
+    return true;
+  }
+  log_line(LOG_ERR, "cannot write %s", path.c_str());
+  return false;
+}
+
+// Goes to the background: the caller's process exits 0 once the daemon has written its pid
+// file, or 1 when it couldn't.
+bool daemonise(const DaemonOptions &options) {
+  int ready[2];
+  if (::pipe2(ready, O_CLOEXEC) != 0) {
+    return false;
+  }
+  const pid_t child = ::fork();
+  if (child < 0) {
+    return false;
+  }
+  if (child > 0) {
+    ::close(ready[1]);
+    char byte = 0;
+    ssize_t n = 0;
+    while ((n = ::read(ready[0], &byte, 1)) < 0 && errno == EINTR) {
+    }
+    ::_exit(n == 1 ? 0 : 1);
+  }
+  ::close(ready[0]);
+  ::setsid();
+  if (::chdir("/") != 0) {
+    return false;
+  }
+  const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  for (int fd = 0; fd <= 2 && null >= 0; ++fd) {
+    ::dup2(null, fd);
+  }
+  log_to_stderr = false;
+  ::openlog(options.program, LOG_PID, LOG_DAEMON);
+  if (!write_pid_file(options.pid_file)) {
+    return false;
+  }
+  const char byte = 1;
+  const bool told = ::write(ready[1], &byte, 1) == 1;
+  ::close(ready[1]);
+  return told;
+}
+
+}  // namespace
+
+void log_line(int priority, const char *format, ...) {
+  std::va_list args;
+  va_start(args, format);
+  if (log_to_stderr) {
+    char line[2048];
+    std::vsnprintf(line, sizeof line, format, args);
+    std::fprintf(stderr, "%s: %s\n", log_program, line);
+  } else {
+    ::vsyslog(priority, format, args);
+  }
+  va_end(args);
+}
+
+DaemonOptions parse_options(int argc, char **argv, const char *program, const char *socket,
+                            const char *purpose) {
+  DaemonOptions options{.program = program, .socket = socket};
+  log_program = program;
+  static const option longs[] = {
+      {"foreground", no_argument, nullptr, 'f'},     {"socket", required_argument, nullptr, 's'},
+      {"pid-file", required_argument, nullptr, 'p'}, {"verbose", no_argument, nullptr, 'v'},
+      {"help", no_argument, nullptr, 'h'},           {nullptr, 0, nullptr, 0}};
+  for (int c; (c = ::getopt_long(argc, argv, "fs:p:vh", longs, nullptr)) != -1;) {
+    switch (c) {
+      case 'f':
+        options.foreground = true;
+        break;
+      case 's':
+        options.socket = optarg;
+        break;
+      case 'p':
+        options.pid_file = optarg;
+        break;
+      case 'v':
+        options.verbose = true;
+        break;
+      default:
+        std::fprintf(c == 'h' ? stdout : stderr,
+                     "usage: %s [-f|--foreground] [-s|--socket PATH] [-p|--pid-file PATH] "
+                     "[-v|--verbose]\n"
+                     "%s\n"
+                     "Listens on %s (or PATH), creating its directory and replacing a stale "
+                     "socket.\nRuns in the background, logging to syslog, unless --foreground "
+                     "(log to standard error);\n--verbose logs every request. Stops on SIGTERM "
+                     "or SIGINT.\nThe store is the database of TESSERA_STORE_DB, or "
+                     "~/.local/state/tessera/store.db.\nExit status: 0 after a clean stop, 1 "
+                     "when it cannot start, 2 for a bad option.\n",
+                     program, purpose, socket);
+        std::exit(c == 'h' ? 0 : 2);
+    }
+  }
+  if (optind < argc) {
+    std::fprintf(stderr, "%s: unexpected argument %s\n", program, argv[optind]);
+    std::exit(2);
+  }
+  return options;
+}
+
+int serve(const DaemonOptions &options, const RequestHandler &handler) {
+  ::signal(SIGPIPE, SIG_IGN);
+  sigset_t stop_signals;
+  sigemptyset(&stop_signals);
+  sigaddset(&stop_signals, SIGTERM);
+  sigaddset(&stop_signals, SIGINT);
+  ::pthread_sigmask(SIG_BLOCK, &stop_signals, nullptr);  // workers inherit the mask
+
+  ino_t inode = 0;
+  const int listener = listen_at(options.socket, &inode);
+  if (listener < 0 ||
+      !(options.foreground ? write_pid_file(options.pid_file) : daemonise(options))) {
+    return 1;
+  }
+  const int signals = ::signalfd(-1, &stop_signals, SFD_CLOEXEC);
+  if (signals < 0) {
+    log_line(LOG_ERR, "signalfd: %s", std::strerror(errno));
+    return 1;
+  }
+  log_line(LOG_INFO, "serving %s", options.socket.c_str());
+
+  ConnectionQueue queue;
+  std::vector<std::thread> workers;
+  for (std::size_t i = 0; i < kWorkers; ++i) {
+    workers.emplace_back([&] {
+      for (int fd; (fd = queue.pop()) >= 0;) {
+        serve_connection(fd, handler, options.verbose);
+      }
+    });
+  }
+
+  pollfd watched[2] = {{listener, POLLIN, 0}, {signals, POLLIN, 0}};
+  for (;;) {
+    if (::poll(watched, 2, -1) < 0) {
+      continue;  // EINTR
+    }
+    if (watched[1].revents != 0) {
+      signalfd_siginfo info{};
+      const bool read_one = ::read(signals, &info, sizeof info) == sizeof info;
+      log_line(LOG_INFO, "stopping on %s",
+               read_one ? strsignal(static_cast<int>(info.ssi_signo)) : "a signal");
+      break;
+    }
+    for (;;) {
+      const int connection = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+      if (connection >= 0) {
+        if (!queue.push(connection)) {
+          ::close(connection);  // too many waiting: this client sees no reply
+        }
+        continue;
+      }
+      if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
+        log_line(LOG_ERR, "accept: %s", std::strerror(errno));
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));  // out of descriptors
+      }
+      break;
+    }
+  }
+
+  // No new connections; those accepted are still answered.
+  ::close(listener);
+  struct stat info {};
+  if (::stat(options.socket.c_str(), &info) == 0 && info.st_ino == inode) {
+    ::unlink(options.socket.c_str());
+  }
+  queue.close();
+  for (auto &worker : workers) {
+    worker.join();
+  }
+  ::close(signals);
+  if (!options.pid_file.empty()) {
+    ::unlink(options.pid_file.c_str());
+  }
+  log_line(LOG_INFO, "stopped");
+  return 0;
+}
+
+int run_daemon(int argc, char **argv, const char *program, const char *socket, const char *purpose,
+               const RequestHandler &handler) {
+  const DaemonOptions options = parse_options(argc, argv, program, socket, purpose);
+  if (tessera_store_check() != TESSERA_STORE_OK) {
+    char path[4096] = "(no home directory)";
+    tessera_store_path(path, sizeof path);
+    log_line(LOG_ERR, "the store at %s cannot be used", path);
+    return 1;
+  }
+  return serve(options, handler);
+}
+
+}  // namespace tessera::kit

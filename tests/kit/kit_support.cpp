@@ -1,0 +1,205 @@
+#include "kit_support.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+namespace tessera::kit::test {
+
+ScratchStore::ScratchStore() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "tessera-kit-XXXXXX").string();
+  if (::mkdtemp(pattern.data()) == nullptr) {
+    throw std::runtime_error("mkdtemp failed");
+  }
+  dir_ = pattern;
+  path_ = dir_ + "/store.db";
+  ::setenv("TESSERA_STORE_DB", path_.c_str(), 1);
+}
+
+ScratchStore::~ScratchStore() {
+  ::unsetenv("TESSERA_STORE_DB");
+  std::error_code ignored;
+  std::filesystem::remove_all(dir_, ignored);
+}
+
+namespace {
+
+template <typename Function>
+void resolve(void *library, const char *name, Function &function) {
+  function = reinterpret_cast<Function>(::dlsym(library, name));
+  if (function == nullptr) {
+    throw std::runtime_error(std::string("libtessera-store.so has no ") + name);
+  }
+}
+
+Orb load_orb() {
+  void *library = ::dlopen(TESSERA_KIT_STORE_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+  if (library == nullptr) {
+    throw std::runtime_error(::dlerror());
+  }
+  Orb orb{};
+  resolve(library, "orb_config_get_bool", orb.get_bool);
+  resolve(library, "orb_config_get_int", orb.get_int);
+  resolve(library, "orb_config_get_str", orb.get_str);
+  resolve(library, "orb_config_get_str_n", orb.get_str_n);
+  resolve(library, "orb_config_set_bool", orb.set_bool);
+  resolve(library, "orb_config_set_int", orb.set_int);
+  resolve(library, "orb_config_set_str", orb.set_str);
+  resolve(library, "orb_config_set_str_n", orb.set_str_n);
+  resolve(library, "orb_session_get_info", orb.session_info);
+  resolve(library, "orb_session_get_children_info", orb.children_info);
+  resolve(library, "orb_session_get_type_info", orb.type_info);
+  resolve(library, "orb_function_execute", orb.execute);
+  resolve(library, "orb_event_occurred", orb.event);
+  return orb;
+}
+
+}  // namespace
+
+const Orb &orb() {
+  static const Orb functions = load_orb();
+  return functions;
+}
+
+tessera_store_session session(uint32_t id, const char *type, const char *user, const char *address,
+                              uint32_t parent) {
+  tessera_store_session out{.id = id, .parent = parent, .word = id * 10};
+  std::strncpy(out.type, type, sizeof out.type - 1);
+  std::strncpy(out.user, user, sizeof out.user - 1);
+  std::strncpy(out.address, address, sizeof out.address - 1);
+  return out;
+}
+
+Child::Child(std::vector<std::string> argv) {
+  int pipe_fds[2];
+  if (::pipe2(pipe_fds, O_CLOEXEC) != 0) {
+    throw std::runtime_error("pipe failed");
+  }
+  std::vector<char *> args;
+  for (auto &arg : argv) {
+    args.push_back(arg.data());
+  }
+  args.push_back(nullptr);
+  pid_ = ::fork();
+  if (pid_ == 0) {
+    ::dup2(pipe_fds[1], STDOUT_FILENO);
+    ::execv(args[0], args.data());
+    ::_exit(127);
+  }
+  ::close(pipe_fds[1]);
+  out_ = pipe_fds[0];
+}
+
+Child::~Child() {
+  if (pid_ > 0) {
+    ::kill(pid_, SIGKILL);
+    ::waitpid(pid_, nullptr, 0);
+  }
+  if (out_ >= 0) {
+    ::close(out_);
+  }
+}
+
+std::string Child::line() {
+  for (;;) {
+    const std::size_t end = output_.find('\n', taken_);
+    if (end != std::string::npos) {
+      std::string next = output_.substr(taken_, end - taken_);
+      taken_ = end + 1;
+      return next;
+    }
+    pollfd ready{out_, POLLIN, 0};
+    char buffer[4096];
+    const ssize_t got = ::poll(&ready, 1, 60'000) == 1 ? ::read(out_, buffer, sizeof buffer) : 0;
+    if (got <= 0) {
+      return {};
+    }
+    output_.append(buffer, static_cast<std::size_t>(got));
+  }
+}
+
+int Child::wait() {
+  char buffer[4096];
+  ssize_t got = 0;
+  while ((got = ::read(out_, buffer, sizeof buffer)) > 0) {
+    output_.append(buffer, static_cast<std::size_t>(got));
+  }
+  int status = 0;
+  ::waitpid(pid_, &status, 0);
+  pid_ = -1;
+  return status;
+}
+
+void Child::signal(int number) {
+  ::kill(pid_, number);
+}
+
+Outcome run(std::vector<std::string> argv) {
+  Child child(std::move(argv));
+  const int status = child.wait();
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), child.output()};
+}
+
+std::string mappingd() {
+  return TESSERA_KIT_MAPPINGD;
+}
+std::string sessiond() {
+  return TESSERA_KIT_SESSIOND;
+}
+std::string client() {
+  return TESSERA_KIT_CLIENT;
+}
+
+bool wait_for_socket(const char *socket, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, socket, sizeof address.sun_path - 1);
+  while (std::chrono::steady_clock::now() < deadline) {
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool up = ::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+    ::close(fd);
+    if (up) {
+      return true;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return false;
+}
+
+Daemon::Daemon(const std::string &program, const char *socket)
+    : program_(program), socket_(socket) {
+  restart();
+}
+
+Daemon::~Daemon() {
+  if (child_ && child_->pid() > 0) {
+    stop(SIGTERM);
+  }
+}
+
+int Daemon::stop(int number) {
+  child_->signal(number);
+  return child_->wait();
+}
+
+void Daemon::restart() {
+  child_ = std::make_unique<Child>(
+      std::vector<std::string>{program_, "--foreground", "--socket", socket_});
+  if (!wait_for_socket(socket_.c_str(), std::chrono::seconds(20))) {
+    throw std::runtime_error(program_ + " did not start listening");
+  }
+}
+
+}  // namespace tessera::kit::test
