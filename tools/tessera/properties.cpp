@@ -111,7 +111,8 @@ int get(const Command &, const Args &args) {
     if (status != 0) {
       exit = fail_status(name, status, read_failure(name, status, route));
     } else if (verbose) {
-      std::printf("%s = %s  (%s)\n", name.c_str(), value, source_of(name, route).c_str());
+      std::printf("%s = %s  (%s)\n", name.c_str(), value[0] != '\0' ? value : "\"\"",
+                  source_of(name, route).c_str());
     } else if (several) {
       std::printf("%s=%s\n", name.c_str(), value);
     } else {
