@@ -1,6 +1,8 @@
 // The tessera program against the workstation kit's real daemons and SQLite store: a simulated
 // controller started and seeded by `tessera sim`, in a private namespace that each later command
 // joins by itself, then worked as a user would work a controller.
+#include <signal.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -93,6 +95,18 @@ TEST_F(Simulated, FailuresNameTheStatusAndItsMeaning) {
   }
 }
 
+TEST_F(Simulated, ANameThatFailsLeavesTheOthersReadAndTheExitStatus1) {
+  const Outcome run = tessera({"get", "MIR/name", "NO/such_setting", "SSH/port"});
+  EXPECT_EQ(run.exit, 1);
+  EXPECT_EQ(run.out, "MIR/name=mirel-lab-01\nSSH/port=22\n");
+  EXPECT_THAT(run.err, StartsWith("tessera: NO/such_setting: status 2: "));
+}
+
+TEST_F(Simulated, CommandsInTheNamespaceKeepTheUsersWorkingDirectory) {
+  EXPECT_EQ(out({"ini", "set", "relative.ini", "s", "k", "v"}), "");
+  EXPECT_EQ(scratch_->read("relative.ini"), "[s]\nk=v\n");
+}
+
 TEST_F(Simulated, DefaultsRestoreAndFill) {
   EXPECT_EQ(out({"get", "SNMP/enable"}), "1\n");
   EXPECT_EQ(out({"defaults", "restore"}), "");
@@ -140,6 +154,12 @@ TEST_F(Simulated, StatusAndShellReachTheDaemonsAndStopEndsThem) {
               HasSubstr("\"state\": \"serving\"}], \"namespace_pid\": "));
   EXPECT_EQ(out({"sim", "shell", "ls", "/var/run/tolvex"}), "dmmappingSocket\nipmiextdSocket\n");
   EXPECT_THAT(out({"sim", "start"}), HasSubstr("runs already"));
+  const std::string sessiond = scratch_->read("sim/tessera-sessiond.pid");
+  ASSERT_EQ(kill(std::stoi(sessiond), SIGKILL), 0);
+  EXPECT_EQ(tessera({"sim", "status"}).exit, 1);  // one of two
+  EXPECT_THAT(out({"sim", "start", "--namespace"}), HasSubstr("tessera-sessiond (pid "));
+  EXPECT_NE(scratch_->read("sim/tessera-sessiond.pid"), sessiond);
+  EXPECT_EQ(out({"sessions", "close", "8"}), "");
   EXPECT_EQ(out({"sim", "stop"}), "");
   EXPECT_EQ(tessera({"sim", "status"}).exit, 3);
   const Outcome get = tessera({"get", "MIR/name"});
