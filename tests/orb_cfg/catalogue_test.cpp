@@ -1,16 +1,18 @@
 // The catalogue, row by row: the rows are written out here a second time, in their readable
-// notation, expanded by this file's own code and compared with the library's table and lookups.
+// notation, expanded by this file's own code and compared with the library's table, its lookups
+// and the defaults it writes back.
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "orb_cfg/orb_cfg_internal.h"
-#include "tessera/orb_cfg.h"
+#include "orb_cfg_test.h"
 
 namespace tessera::test {
 namespace {
@@ -18,7 +20,7 @@ namespace {
 using orb_cfg::property_table;
 
 // group | id | type | store key | legacy path | default [| N range[, block]]; '-' is empty.
-// In a family, N stands for the number in the id and where a name shows it.
+// In a family, N stands for the number in the id, and {N} for it in a name.
 constexpr const char kCatalogueText[] = R"(
 0 | 0 | 0 | - | - | -
 1 | 8 | 2 | gui_bool_gui_enabled | WEBSERVER/enable | 1
@@ -49,8 +51,8 @@ constexpr const char kCatalogueText[] = R"(
 5 | 88 | 6 | pm_str_snmp_community | SNMP/COMMUNITY_NAME/get | meadow
 5 | 88 | 6 | pm_str_snmp_community | SNMP/COMMUNITY_NAME/set | meadow
 5 | 32 | 10 | pm_snmp_config_changed | - | -
-5 | 74+N | 2 | pm_bool_snmp_trapN_enabled | - | - | 1-4, block
-5 | 88+N | 6 | pm_str_snmp_trapN_destination | - | - | 1-4, block
+5 | 74+N | 2 | pm_bool_snmp_trap{N}_enabled | - | - | 1-4, block
+5 | 88+N | 6 | pm_str_snmp_trap{N}_destination | - | - | 1-4, block
 5 | 88 | 6 | pm_str_snmp_community | - | -
 6 | 20 | 2 | pm_bool_asra_enabled | CR/asr_enable | -
 6 | 17 | 10 | pm_asra_config_changed | - | -
@@ -70,17 +72,17 @@ constexpr const char kCatalogueText[] = R"(
 7 | 0 | 0 | - | AD/filter_enable | -
 7 | 0 | 0 | - | AD/dc_filter | -
 7 | 0 | 0 | - | AD/gc_filter | -
-7 | 40+3N | 6 | pam_str_ad_role_group_N_name | SSAD/nameN | - | 1-5, block
-7 | 39+3N | 6 | pam_str_ad_role_group_N_domain | SSAD/domainN | - | 1-5, block
-7 | 41+3N | 3 | pam_int_ad_role_group_N_privileges | SSAD/privilegeN | - | 1-5, block
-7 | 57 | 6 | pam_str_ad_userdomain_name_N | USERDOMAIN/nameN | - | 1-40
+7 | 40+3N | 6 | pam_str_ad_role_group_{N}_name | SSAD/name{N} | - | 1-5, block
+7 | 39+3N | 6 | pam_str_ad_role_group_{N}_domain | SSAD/domain{N} | - | 1-5, block
+7 | 41+3N | 3 | pam_int_ad_role_group_{N}_privileges | SSAD/privilege{N} | - | 1-5, block
+7 | 57 | 6 | pam_str_ad_userdomain_name_{N} | USERDOMAIN/name{N} | - | 1-40
 7 | 58 | 6 | pm_str_krb_keytab_path | KERBEROS/keytab_path | /flash/data0/cv
 7 | 59 | 6 | pm_str_krb_keytab_filename | KERBEROS/keytab_file | krb_keytab
 7 | 110 | 2 | pam_bool_sso_enabled | AD/sso_enable | 0
 8 | 87 | 6 | pm_str_email_server_address | SMTP/ipaddr | 0.0.0.0
-8 | 70+N | 2 | pm_bool_email_alertN_enabled | EMAIL_ALERT/enableN | 0 | 1-4, block
-8 | 78+2N | 6 | pm_str_email_alertN_destination | EMAIL_ALERT/addrN | - | 1-4, block
-8 | 77+2N | 6 | pm_str_email_alertN_body | EMAIL_ALERT/msgN | - | 1-4, block
+8 | 70+N | 2 | pm_bool_email_alert{N}_enabled | EMAIL_ALERT/enable{N} | 0 | 1-4, block
+8 | 78+2N | 6 | pm_str_email_alert{N}_destination | EMAIL_ALERT/addr{N} | - | 1-4, block
+8 | 77+2N | 6 | pm_str_email_alert{N}_body | EMAIL_ALERT/msg{N} | - | 1-4, block
 10 | 99 | 3 | rm_int_attach_state | VM/attached | 2
 10 | 98 | 2 | rm_bool_floppy_emulation | VM/floppy_emulation | 0
 10 | 100 | 2 | rm_bool_lcdrive_enable | - | 1
@@ -151,8 +153,8 @@ constexpr const char kCatalogueText[] = R"(
 13 | 0 | 6 | - | IPV6/DNSServer2 | -
 13 | 0 | 2 | - | IPV6/IP_sec_enable | -
 13 | 0 | 4 | - | IPV6/valid_address_number | -
-13 | 0 | 8 | - | IPV6/extaddrN | - | 2-15
-13 | 0 | 9 | - | IPV6/extaddrN_prefix | - | 2-15
+13 | 0 | 8 | - | IPV6/extaddr{N} | - | 2-15
+13 | 0 | 9 | - | IPV6/extaddr{N}_prefix | - | 2-15
 13 | 0 | 6 | - | IPV6/URL/string | -
 14 | 0 | 2 | - | DNS/dhcp_enable | -
 14 | 0 | 6 | - | DNS/server1 | -
@@ -225,29 +227,22 @@ struct Row {
   std::string key, path, def;
 };
 
+// The cells of a line, trimmed, with '-' read as empty.
 std::vector<std::string> cells_of(const std::string &line) {
   std::vector<std::string> cells;
   std::stringstream stream(line);
   for (std::string cell; std::getline(stream, cell, '|');) {
-    const auto begin = cell.find_first_not_of(' ');
-    const auto end = cell.find_last_not_of(' ');
-    cell = begin == std::string::npos ? "" : cell.substr(begin, end - begin + 1);
+    cell.erase(cell.find_last_not_of(' ') + 1);
+    cell.erase(0, cell.find_first_not_of(' '));
     cells.push_back(cell == "-" ? "" : cell);
   }
   return cells;
 }
 
-// Puts n for the N of a family name: an N behind a lower-case letter or '_', at the end or
-// in front of '_' (so the N of "USERDOMAIN" stays).
+// Puts n for the {N} of a family name.
 std::string with_number(std::string name, int32_t n) {
-  for (std::size_t i = 1; i < name.size(); ++i) {
-    const char before = name[i - 1];
-    const bool ends = i + 1 == name.size() || name[i + 1] == '_';
-    if (name[i] == 'N' && ends && ((before >= 'a' && before <= 'z') || before == '_')) {
-      return name.replace(i, 1, std::to_string(n));
-    }
-  }
-  return name;
+  const auto at = name.find("{N}");
+  return at == std::string::npos ? name : name.replace(at, 3, std::to_string(n));
 }
 
 // "74+N" and "40+3N" give base and step; "57" a fixed id.
@@ -260,6 +255,8 @@ int32_t id_for(const std::string &text, int32_t n) {
   return std::stoi(text.substr(0, plus)) + (step.empty() ? 1 : std::stoi(step)) * n;
 }
 
+// The rows of kCatalogueText, families expanded: a "block" family repeats its consecutive lines
+// together for each number.
 std::vector<Row> expected_rows() {
   std::vector<std::vector<std::string>> lines;
   std::stringstream stream(kCatalogueText);
@@ -269,27 +266,18 @@ std::vector<Row> expected_rows() {
     }
   }
   std::vector<Row> rows;
-  auto emit = [&rows](const std::vector<std::string> &c, int32_t n) {
-    rows.push_back({std::stoi(c[0]), id_for(c[1], n), std::stoi(c[2]), with_number(c[3], n),
-                    with_number(c[4], n), c[5]});
-  };
   for (std::size_t i = 0; i < lines.size();) {
-    if (lines[i].size() < 7) {
-      emit(lines[i], 0);
-      ++i;
-      continue;
-    }
-    const std::string range = lines[i][6];
-    const bool block = range.find("block") != std::string::npos;
+    const std::string range = lines[i].size() < 7 ? "0-0" : lines[i][6];
     std::size_t end = i + 1;
-    while (block && end < lines.size() && lines[end].size() == 7 && lines[end][6] == range) {
+    while (range.find("block") != std::string::npos && end < lines.size() &&
+           lines[end].size() == 7 && lines[end][6] == range) {
       ++end;
     }
-    const int32_t first = std::stoi(range);
-    const int32_t last = std::stoi(range.substr(range.find('-') + 1));
-    for (int32_t n = first; n <= last; ++n) {
+    for (int32_t n = std::stoi(range); n <= std::stoi(range.substr(range.find('-') + 1)); ++n) {
       for (std::size_t k = i; k < end; ++k) {
-        emit(lines[k], n);
+        const auto &c = lines[k];
+        rows.push_back({std::stoi(c[0]), id_for(c[1], n), std::stoi(c[2]), with_number(c[3], n),
+                        with_number(c[4], n), c[5]});
       }
     }
     i = end;
@@ -308,9 +296,11 @@ std::string convert(const char *name, int32_t *type) {
   return key.data();
 }
 
-TEST(Catalogue, HoldsEveryRowInOrderAndTheEndRow) {
+TEST(Catalogue, HoldsEveryRowInOrderWithTheCountsPerTypeAndTheEndRow) {
   const auto &rows = catalogue();
   ASSERT_EQ(rows.size(), 288U);
+  std::array<int, 11> counts{};
+  int with_path = 0;
   for (std::size_t i = 0; i < rows.size(); ++i) {
     const auto &row = property_table[i];
     EXPECT_EQ(row.group, rows[i].group) << i;
@@ -319,7 +309,11 @@ TEST(Catalogue, HoldsEveryRowInOrderAndTheEndRow) {
     EXPECT_STREQ(row.store_key(), rows[i].key.c_str()) << i;
     EXPECT_STREQ(row.legacy_path(), rows[i].path.c_str()) << i;
     EXPECT_STREQ(row.default_value(), rows[i].def.c_str()) << i;
+    ++counts.at(rows[i].type);
+    with_path += rows[i].path.empty() ? 0 : 1;
   }
+  EXPECT_EQ(counts, (std::array<int, 11>{44, 0, 50, 48, 2, 1, 109, 0, 14, 14, 6}));
+  EXPECT_EQ(with_path, 260);
   const auto &end = property_table[288];
   EXPECT_EQ(end.group, -1);
   EXPECT_EQ(end.id, -1);
@@ -327,17 +321,6 @@ TEST(Catalogue, HoldsEveryRowInOrderAndTheEndRow) {
   EXPECT_EQ(end.store_key(), nullptr);
   EXPECT_EQ(end.legacy_path(), nullptr);
   EXPECT_STREQ(end.default_value(), "");
-}
-
-TEST(Catalogue, CountsRowsPerTypeCodeAndRowsWithALegacyPath) {
-  std::array<int, 11> counts{};
-  int with_path = 0;
-  for (int i = 0; i < 288; ++i) {
-    ++counts.at(property_table[i].type);
-    with_path += (i > 0 && property_table[i].legacy_path()[0] != '\0') ? 1 : 0;
-  }
-  EXPECT_EQ(counts, (std::array<int, 11>{44, 0, 50, 48, 2, 1, 109, 0, 14, 14, 6}));
-  EXPECT_EQ(with_path, 260);
 }
 
 // Every legacy path and every store key of the catalogue leads to its first row.
@@ -364,16 +347,38 @@ TEST(Catalogue, EveryNameTranslatesThroughItsFirstRow) {
     EXPECT_EQ(convert(key.c_str(), &type), key);
     EXPECT_EQ(type, rows[index].type) << key;
   }
-}
-
-TEST(Catalogue, LookupsCompareTheWholeNameWithCase) {
-  EXPECT_EQ(orb_cfg::findOrbPropertyIndex("pm_str_snmp_community"), 26);
-  EXPECT_EQ(findLegacyPropertyIndex(""), 0);
-  EXPECT_EQ(orb_cfg::findOrbPropertyIndex(""), 0);
   EXPECT_EQ(findLegacyPropertyIndex("gui_int_http_port"), -1);
   EXPECT_EQ(findLegacyPropertyIndex("webserver/http_port"), -1);
   EXPECT_EQ(findLegacyPropertyIndex(nullptr), -1);
   EXPECT_EQ(orb_cfg::findOrbPropertyIndex(nullptr), -1);
+}
+
+// Rows of types 4, 8 and 9 have no store write; a store that refuses every write still gets each.
+TEST(Catalogue, RestoreDefaultsWritesEveryRowWithALegacyPathInTableOrder) {
+  std::vector<std::string> expected;
+  for (const Row &row : catalogue()) {
+    if (row.path.empty() || row.type == 4 || row.type == 8 || row.type == 9) {
+      continue;
+    }
+    const std::string name = row.id != 0 ? row.key : row.path;
+    const int number = std::atoi(row.def.c_str());
+    if (row.type == PROP_TYPE_BOOL) {
+      expected.push_back("orb_config_set_bool " + name + " = " + (number != 0 ? "1" : "0"));
+    } else if (row.type == PROP_TYPE_INT || row.type == PROP_TYPE_SHORT) {
+      expected.push_back("orb_config_set_int " + name + " = " + std::to_string(number));
+    } else {
+      expected.push_back("orb_config_set_str " + name + " = " + row.def);
+    }
+  }
+  EXPECT_EQ(expected.size(), 230U);
+  EXPECT_EQ(Cfgmgr_Restore_Defaults(), 1);
+  EXPECT_EQ(store_writes(), expected);
+  store().reset();
+  for (const char *function : {"orb_config_set_str", "orb_config_set_bool", "orb_config_set_int"}) {
+    store().fail(function);
+  }
+  EXPECT_EQ(Cfgmgr_Restore_Defaults(), 1);
+  EXPECT_EQ(store_writes(), expected);
 }
 
 TEST(ConvertPropName, TranslatesEachKindOfName) {
@@ -413,7 +418,6 @@ TEST(ConvertPropName, RefusesNamesTheKeyCannotHold) {
   EXPECT_EQ(convert(longest.c_str(), &type), longest);
   EXPECT_EQ(type, 0);
   const std::string path = "MIR/USER/name" + std::string(111, 'x') + "001";
-  ASSERT_EQ(path.size(), 127U);
   EXPECT_EQ(convert(path.c_str(), &type), path.substr(0, 124) + "1");
   EXPECT_EQ(type, 0);
   for (const std::string &name : {std::string(128, 'k'), "A/" + std::string(200, '1')}) {
@@ -423,27 +427,6 @@ TEST(ConvertPropName, RefusesNamesTheKeyCannotHold) {
   EXPECT_EQ(convert(nullptr, &type), "");
   EXPECT_EQ(type, PROP_TYPE_RESERVED);
   EXPECT_EQ(convert_prop_name("MIR/name", nullptr), PROP_TYPE_RESERVED);
-}
-
-TEST(SplitPropertyIndexSuffix, TakesUpToThreeTrailingDigits) {
-  struct Case {
-    const char *name, *stem;
-    int32_t number, split;
-  };
-  // clang-format off
-  const Case cases[] = {
-      {"SSAD/name12", "SSAD/name", 12, 1}, {"x1234", "x1", 234, 1}, {"1234", "1", 234, 1},
-      {"12", "", 12, 1}, {"a000", "a", 0, 1}, {"name", "name", 0, 0}, {"", "", 0, 0},
-      {"a7b", "a7b", 0, 0},
-  };
-  // clang-format on
-  for (const auto &c : cases) {
-    std::array<char, 16> stem{};
-    int32_t number = -1;
-    EXPECT_EQ(orb_cfg::splitPropertyIndexSuffix(c.name, stem.data(), &number), c.split) << c.name;
-    EXPECT_STREQ(stem.data(), c.stem) << c.name;
-    EXPECT_EQ(number, c.number) << c.name;
-  }
 }
 
 }  // namespace
