@@ -20,7 +20,8 @@ namespace {
 using orb_cfg::property_table;
 
 // group | id | type | store key | legacy path | default [| N range[, block]]; '-' is empty.
-// In a family, N stands for the number in the id, and {N} for it in a name.
+// In a family, N stands for the number in the id, and {N} for it in a name. A legacy path
+// "DIR/{a,b}" stands for the rows "DIR/a" and "DIR/b", alike in every other cell.
 constexpr const char kCatalogueText[] = R"(
 0 | 0 | 0 | - | - | -
 1 | 8 | 2 | gui_bool_gui_enabled | WEBSERVER/enable | 1
@@ -60,18 +61,12 @@ constexpr const char kCatalogueText[] = R"(
 7 | 24 | 3 | pam_int_ad_schema | AD/type | -
 7 | 25 | 3 | pam_int_ad_timeout | AD/timeout | -
 7 | 0 | 0 | - | AD/root_domain | -
-7 | 34 | 6 | pam_str_ad_dc_server_1 | AD/dc_filter1 | -
-7 | 35 | 6 | pam_str_ad_dc_server_2 | AD/dc_filter2 | -
-7 | 36 | 6 | pam_str_ad_dc_server_3 | AD/dc_filter3 | -
+7 | 33+N | 6 | pam_str_ad_dc_server_{N} | AD/dc_filter{N} | - | 1-3
 7 | 18 | 2 | pam_bool_ad_cert_validation | AD/cert_validation | -
 7 | 41 | 6 | pam_str_ad_mirel_name | AD/mir_name | -
 7 | 40 | 6 | pam_str_ad_mirel_domain | AD/mir_domain | -
-7 | 37 | 6 | pam_str_ad_gc_server_1 | AD/gc_filter1 | -
-7 | 38 | 6 | pam_str_ad_gc_server_2 | AD/gc_filter2 | -
-7 | 39 | 6 | pam_str_ad_gc_server_3 | AD/gc_filter3 | -
-7 | 0 | 0 | - | AD/filter_enable | -
-7 | 0 | 0 | - | AD/dc_filter | -
-7 | 0 | 0 | - | AD/gc_filter | -
+7 | 36+N | 6 | pam_str_ad_gc_server_{N} | AD/gc_filter{N} | - | 1-3
+7 | 0 | 0 | - | AD/{filter_enable,dc_filter,gc_filter} | -
 7 | 40+3N | 6 | pam_str_ad_role_group_{N}_name | SSAD/name{N} | - | 1-5, block
 7 | 39+3N | 6 | pam_str_ad_role_group_{N}_domain | SSAD/domain{N} | - | 1-5, block
 7 | 41+3N | 3 | pam_int_ad_role_group_{N}_privileges | SSAD/privilege{N} | - | 1-5, block
@@ -102,22 +97,14 @@ constexpr const char kCatalogueText[] = R"(
 11 | 0 | 6 | - | MIR/productinfo | Vela Mirel Controller
 11 | 0 | 6 | - | MIR/oemproductinfo | -
 11 | 0 | 6 | - | MIR/FIRMWARE/version | 1.00
-11 | 0 | 6 | - | MIR/FIRMWARE/build_num | 00
-11 | 0 | 6 | - | MIR/FIRMWARE/minor | 00
-11 | 0 | 6 | - | MIR/FIRMWARE/revision | 00
+11 | 0 | 6 | - | MIR/FIRMWARE/{build_num,minor,revision} | 00
 11 | 0 | 2 | - | MIR/FIRMWARE/TFTP/update_enable | 1
 11 | 0 | 6 | - | MIR/FIRMWARE/TFTP/ipaddr | 0.0.0.0
 11 | 0 | 6 | - | MIR/FIRMWARE/TFTP/path | -
 11 | 0 | 3 | - | MIR/FIRMWARE/last_update | -
-11 | 0 | 3 | - | MIR/TIME/daylight_offset | 0
-11 | 0 | 3 | - | MIR/TIME/timezone_offset | 0
-12 | 0 | 0 | - | BOARD/PROP/mac | -
-12 | 0 | 0 | - | BOARD/PROP/manuf | -
-12 | 0 | 0 | - | BOARD/PROP/date | -
-12 | 0 | 0 | - | BOARD/PROP/vela_barcode | -
-12 | 0 | 0 | - | BOARD/PROP/hwrev | -
-11 | 0 | 6 | - | MIR/USER/name | -
-11 | 0 | 6 | - | MIR/USER/password | -
+11 | 0 | 3 | - | MIR/TIME/{daylight_offset,timezone_offset} | 0
+12 | 0 | 0 | - | BOARD/PROP/{mac,manuf,date,vela_barcode,hwrev} | -
+11 | 0 | 6 | - | MIR/USER/{name,password} | -
 11 | 0 | 2 | - | MIR/USER/enable | -
 11 | 0 | 3 | - | MIR/USER/privilege | -
 11 | 0 | 3 | - | MIR/USER/IPMILAN/privilege | -
@@ -132,53 +119,35 @@ constexpr const char kCatalogueText[] = R"(
 13 | 0 | 0 | - | NETWORK/TCP/srtt_base | 0
 13 | 0 | 0 | - | NETWORK/TCP/srtt_default | 6
 13 | 0 | 0 | - | NETWORK/TCP/subnet_local | 1
-13 | 0 | 0 | - | NETWORK/BONDING/mode | -
-13 | 0 | 0 | - | NETWORK/BONDING/pollmode | -
-13 | 0 | 0 | - | NETWORK/BONDING/arp_interval | -
-13 | 0 | 0 | - | NETWORK/BONDING/arp_ip_target | -
-13 | 0 | 0 | - | NETWORK/BONDING/lacp_rate | -
-13 | 0 | 0 | - | NETWORK/BONDING/downdelay | -
-13 | 0 | 0 | - | NETWORK/BONDING/updelay | -
-13 | 0 | 0 | - | NETWORK/BONDING/miimon | -
-13 | 0 | 0 | - | NETWORK/BONDING/primary | -
+13 | 0 | 0 | - | NETWORK/BONDING/{mode,pollmode,arp_interval,arp_ip_target,lacp_rate} | -
+13 | 0 | 0 | - | NETWORK/BONDING/{downdelay,updelay,miimon,primary} | -
 13 | 0 | 2 | - | IPV6/enable | 0
-13 | 0 | 6 | - | IPV6/address | -
-13 | 0 | 6 | - | IPV6/gateway | -
+13 | 0 | 6 | - | IPV6/{address,gateway} | -
 13 | 0 | 4 | - | IPV6/prefix_length | -
 13 | 0 | 2 | - | IPV6/dhcp_enable | -
-13 | 0 | 6 | - | IPV6/link_local_address | -
-13 | 0 | 6 | - | IPV6/site_local_address | -
+13 | 0 | 6 | - | IPV6/{link_local_address,site_local_address} | -
 13 | 0 | 2 | - | IPV6/DNS_from_DHCP | -
-13 | 0 | 6 | - | IPV6/DNSServer1 | -
-13 | 0 | 6 | - | IPV6/DNSServer2 | -
+13 | 0 | 6 | - | IPV6/{DNSServer1,DNSServer2} | -
 13 | 0 | 2 | - | IPV6/IP_sec_enable | -
 13 | 0 | 4 | - | IPV6/valid_address_number | -
 13 | 0 | 8 | - | IPV6/extaddr{N} | - | 2-15
 13 | 0 | 9 | - | IPV6/extaddr{N}_prefix | - | 2-15
 13 | 0 | 6 | - | IPV6/URL/string | -
 14 | 0 | 2 | - | DNS/dhcp_enable | -
-14 | 0 | 6 | - | DNS/server1 | -
-14 | 0 | 6 | - | DNS/server2 | -
+14 | 0 | 6 | - | DNS/{server1,server2} | -
 14 | 0 | 2 | - | DNS/register_mir | -
 14 | 0 | 6 | - | DNS/mir_name | -
 14 | 0 | 2 | - | DNS/use_dhcp_domain | -
 14 | 0 | 6 | - | DNS/domain_name | -
 15 | 0 | 0 | - | CSR/keysize | 1024
-15 | 0 | 0 | - | CSR/cn | -
-15 | 0 | 0 | - | CSR/o | -
-15 | 0 | 0 | - | CSR/ou | -
-15 | 0 | 0 | - | CSR/l | -
-15 | 0 | 0 | - | CSR/s | -
+15 | 0 | 0 | - | CSR/{cn,o,ou,l,s} | -
 15 | 0 | 0 | - | CSR/cc | US
 15 | 0 | 0 | - | CSR/email | -
 17 | 120 | 2 | vkvm_bool_enabled | CR/enable | 1
 17 | 104 | 3 | rp_int_max_kvm_sessions | CR/maxsessions | 2
-17 | 0 | 0 | - | CR/port | -
-17 | 0 | 0 | - | CR/sslport | -
-17 | 0 | 0 | - | CR/encryption | -
+17 | 0 | 0 | - | CR/{port,sslport,encryption} | -
 17 | 95 | 2 | pm_bool_blank_local_video | CR/local_server_video | 0
-17 | 0 | 0 | - | CR/local_video_trans_sec | -
-17 | 0 | 0 | - | CR/post_vkvm_disable | -
+17 | 0 | 0 | - | CR/{local_video_trans_sec,post_vkvm_disable} | -
 17 | 119 | 2 | vkvm_bool_local_disable | CR/local_vkvm_disable | 0
 17 | 105 | 3 | rp_int_apcp_port | CR/video_port | 2068
 17 | 105 | 3 | rp_int_apcp_port | CR/km_port | 2068
@@ -196,12 +165,8 @@ constexpr const char kCatalogueText[] = R"(
 18 | 117 | 3 | ser_int_history_size | SERIAL/history_buf_size | 8192
 18 | 116 | 6 | ser_str_console_command | SERIAL/login_command | -
 18 | 0 | 0 | - | SERIAL/mode2default | -
-20 | 0 | 0 | - | SMSP/enable | -
-20 | 0 | 0 | - | SMSP/maxsessions | -
-20 | 0 | 0 | - | SMSP/timeout | -
-21 | 0 | 0 | - | SMCLP/enable | -
-21 | 0 | 0 | - | SMCLP/maxsessions | -
-21 | 0 | 0 | - | SMCLP/timeout | -
+20 | 0 | 0 | - | SMSP/{enable,maxsessions,timeout} | -
+21 | 0 | 0 | - | SMCLP/{enable,maxsessions,timeout} | -
 22 | 1 | 2 | firewall_bool_net_block_enabled | ENFORCED/ipenable | 0
 22 | 2 | 6 | firewall_str_net_block_addr | ENFORCED/ipaddr | 192.168.1.1
 22 | 3 | 6 | firewall_str_net_block_mask | ENFORCED/ipmask | 255.255.255.0
@@ -213,9 +178,7 @@ constexpr const char kCatalogueText[] = R"(
 22 | 127 | 2 | ipmi_local_config_disable | ENFORCED/LOCAL_CONFIG/disable | 0
 22 | 0 | 3 | - | ENFORCED/post_status | 0
 29 | 129 | 2 | pm_bool_remote_syslog_enable | - | 0
-29 | 130 | 6 | pm_str_remote_syslog_server1 | - | -
-29 | 131 | 6 | pm_str_remote_syslog_server2 | - | -
-29 | 132 | 6 | pm_str_remote_syslog_server3 | - | -
+29 | 129+N | 6 | pm_str_remote_syslog_server{N} | - | - | 1-3
 29 | 133 | 3 | pm_int_remote_syslog_udp | - | 514
 23 | 0 | 0 | - | OEM/flag | -
 )";
@@ -243,6 +206,21 @@ std::vector<std::string> cells_of(const std::string &line) {
 std::string with_number(std::string name, int32_t n) {
   const auto at = name.find("{N}");
   return at == std::string::npos ? name : name.replace(at, 3, std::to_string(n));
+}
+
+// The paths that "DIR/{a,b}" stands for; any other path stands for itself.
+std::vector<std::string> alternatives(const std::string &path) {
+  const auto open = path.find('{');
+  const auto close = path.find('}');
+  if (open == std::string::npos || path.find(',', open) > close) {
+    return {path};
+  }
+  std::vector<std::string> paths;
+  std::stringstream list(path.substr(open + 1, close - open - 1));
+  for (std::string item; std::getline(list, item, ',');) {
+    paths.push_back(path.substr(0, open) + item + path.substr(close + 1));
+  }
+  return paths;
 }
 
 // "74+N" and "40+3N" give base and step; "57" a fixed id.
@@ -276,8 +254,10 @@ std::vector<Row> expected_rows() {
     for (int32_t n = std::stoi(range); n <= std::stoi(range.substr(range.find('-') + 1)); ++n) {
       for (std::size_t k = i; k < end; ++k) {
         const auto &c = lines[k];
-        rows.push_back({std::stoi(c[0]), id_for(c[1], n), std::stoi(c[2]), with_number(c[3], n),
-                        with_number(c[4], n), c[5]});
+        for (const std::string &path : alternatives(with_number(c[4], n))) {
+          rows.push_back({std::stoi(c[0]), id_for(c[1], n), std::stoi(c[2]), with_number(c[3], n),
+                          path, c[5]});
+        }
       }
     }
     i = end;
@@ -381,26 +361,20 @@ TEST(Catalogue, RestoreDefaultsWritesEveryRowWithALegacyPathInTableOrder) {
   EXPECT_EQ(store_writes(), expected);
 }
 
-TEST(ConvertPropName, TranslatesEachKindOfName) {
+// Names outside the catalogue: indexed names take their stem's type and lose leading zeros.
+TEST(ConvertPropName, TranslatesNamesOutsideTheCatalogue) {
   struct Case {
     const char *name, *key;
     int32_t type;
   };
   // clang-format off
   const Case cases[] = {
-      {"WEBSERVER/http_port", "gui_int_http_port", 3},
-      {"gui_int_http_port", "gui_int_http_port", 3},
-      {"SSAD/name1", "pam_str_ad_role_group_1_name", 6}, {"MIR/name", "MIR/name", 6},
       {"MIR/USER/name3", "MIR/USER/name3", 6}, {"MIR/USER/name007", "MIR/USER/name7", 6},
       {"MIR/USER/name000", "MIR/USER/name0", 6}, {"WEBSERVER/enable2", "WEBSERVER/enable2", 2},
       {"USERDOMAIN/name41", "USERDOMAIN/name41", 0}, {"SSAD/name6", "SSAD/name6", 0},
       {"MIR/USER/name1234", "MIR/USER/name1234", 0}, {"any_other_key", "any_other_key", 0},
-      {"gui_int_http_port7", "gui_int_http_port7", 0},
-      {"rp_bool_last_bootonce_virtual", "rp_bool_last_bootonce_virtual", 2},
-      {"SNMP/COMMUNITY_NAME/set", "pm_str_snmp_community", 6},
-      {"IPV6/extaddr10", "IPV6/extaddr10", 8},
-      {"IPV6/extaddr10_prefix", "IPV6/extaddr10_prefix", 9}, {"NO/such/path", "NO/such/path", 0},
-      {"NO/such/path08", "NO/such/path8", 0}, {"/", "/", 0}, {"", "", 0},
+      {"gui_int_http_port7", "gui_int_http_port7", 0}, {"NO/such/path", "NO/such/path", 0},
+      {"NO/such/path08", "NO/such/path8", 0}, {"/", "/", 0},
   };
   // clang-format on
   for (const auto &c : cases) {
