@@ -105,15 +105,6 @@ TEST(Run, WaitsAndGivesTheExitCode) {
   }
 }
 
-TEST(Run, PassesTheEnvironmentAndRunsThroughBinSh) {
-  const ScratchDir dir;
-  setenv("TESSERA_OS_PROBE", "seen", 1);
-  const std::string command = "printf '%s %s' \"$TESSERA_OS_PROBE\" \"$0\" > " + dir.file("out");
-  EXPECT_EQ(OSExecuteCommand(command.c_str(), 1, nullptr, 0), 0);
-  unsetenv("TESSERA_OS_PROBE");
-  EXPECT_EQ(read_file(dir.file("out")), "seen sh");
-}
-
 TEST(Run, AShellThatCannotStartExitsWith127) {
   setenv(kExecveFailVariable, "2", 1);  // the starter fails with ENOENT in the child
   EXPECT_EQ(OSExecuteCommand("exit 0", 1, nullptr, 0), 127);
