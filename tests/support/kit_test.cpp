@@ -60,23 +60,8 @@ TEST(FakeStore, KeepsTypedValuesRecordsEachCallAndFailsOnRequest) {
   EXPECT_EQ(orb_function_execute("unknown", &length, nullptr, 0, nullptr), -1);
 }
 
-TEST(FakeStore, RunsRemoteFunctionsListsSessionsAndRecordsEvents) {
-  store().on_function("echo",
-                      [](uint32_t *length, const void *input, uint32_t capacity, void *output) {
-                        std::memcpy(output, input, std::min(*length, capacity));
-                        *length = 3;
-                        return 0;
-                      });
-  uint32_t length = 4;
-  char out[8] = {};
-  EXPECT_EQ(orb_function_execute("echo", &length, "abcd", sizeof out, out), 0);
-  EXPECT_STREQ(out, "abcd");
-  EXPECT_EQ(length, 3U);
-  const auto call = store().calls("orb_function_execute").at(0);
-  EXPECT_EQ(call.length_in, 4U);
-  EXPECT_EQ(std::string(call.input.begin(), call.input.end()), "abcd");
-  EXPECT_EQ(call.capacity, sizeof out);
-
+// Remote functions and events are shown at work by the property service's tests.
+TEST(FakeStore, ListsSessionsByTypeAndHandsBackTheFullCount) {
   store().add_session(7, make_session_record({.type = "SSH", .user = "root", .children = 2}),
                       {8, 9});
   store().add_session(8, make_session_record({.type = "vKVM"}));
@@ -97,10 +82,6 @@ TEST(FakeStore, RunsRemoteFunctionsListsSessionsAndRecordsEvents) {
   ASSERT_NE(orb_session_get_info(7, record), 0);
   EXPECT_STREQ(reinterpret_cast<char *>(record + 68), "root");
   EXPECT_EQ(orb_session_get_info(99, record), 0);
-
-  store().set_event_result(5);
-  EXPECT_EQ(orb_event_occurred("gui_event_rp_config_changed", 0, 0), 5);
-  EXPECT_EQ(store().calls("orb_event_occurred").at(0).name, "gui_event_rp_config_changed");
 }
 
 TEST(CaptureSink, KeepsLevelFacilityFormatAndSplitText) {
