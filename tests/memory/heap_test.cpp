@@ -1,4 +1,5 @@
-// The allocation-failure seam through which tests reach every out-of-memory path.
+// The library's heap and the allocation-failure seam through which tests reach every
+// out-of-memory path.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -9,37 +10,28 @@
 namespace tessera::test {
 namespace {
 
-TEST(HeapSeam, FailsExactlyTheNthAllocationThenDisarms) {
-  FailNthAllocation seam(3);
-  void *first = heap::allocate(8);
-  void *second = heap::allocate_zeroed(8);
-  void *third = heap::allocate(8);
-  void *fourth = heap::allocate_zeroed(8);
-  EXPECT_NE(first, nullptr);
-  EXPECT_NE(second, nullptr);
-  EXPECT_EQ(third, nullptr);
-  EXPECT_NE(fourth, nullptr);
-  for (void *block : {first, second, fourth}) {
+TEST(HeapSeam, FailsExactlyTheNthAllocationWhileItLives) {
+  void *blocks[4] = {};
+  {
+    const FailNthAllocation seam(3);
+    EXPECT_EQ(allocations_of([&blocks] {
+                blocks[0] = heap::allocate(8);
+                blocks[1] = heap::allocate_zeroed(8);
+                blocks[2] = heap::allocate(8);
+                blocks[3] = heap::allocate_zeroed(8);
+              }),
+              4U);
+  }
+  EXPECT_EQ(blocks[2], nullptr);
+  for (void *block : {blocks[0], blocks[1], blocks[3]}) {
+    EXPECT_NE(block, nullptr);
     heap::release(block);
   }
-}
-
-TEST(HeapSeam, DisarmsWhenItsScopeEnds) {
-  { FailNthAllocation seam(2); }
-  void *a = heap::allocate(1);
-  void *b = heap::allocate(1);
-  EXPECT_NE(a, nullptr);
-  EXPECT_NE(b, nullptr);
-  heap::release(a);
-  heap::release(b);
-}
-
-TEST(HeapSeam, CountsTheAllocationsOfAnOperation) {
-  const auto n = allocations_of([] {
-    heap::release(heap::allocate(4));
-    heap::release(heap::allocate_zeroed(4));
-  });
-  EXPECT_EQ(n, 2U);
+  const auto owned = heap::make_zeroed<int>();  // the seam went with its scope
+  ASSERT_TRUE(owned);
+  EXPECT_EQ(*owned, 0);
+  const FailNthAllocation seam(1);
+  EXPECT_FALSE(heap::make_zeroed<int>());
 }
 
 TEST(Heap, ZeroedBlocksAreZeroAndPlainBlocksGoBackThroughFree) {
@@ -50,18 +42,6 @@ TEST(Heap, ZeroedBlocksAreZeroAndPlainBlocksGoBackThroughFree) {
   }
   heap::release(bytes);
   std::free(heap::allocate(16));  // callers may free what the library hands out
-}
-
-TEST(Heap, OwnedReleasesOnScopeExit) {
-  struct Record {
-    int tag;
-    char name[32];
-  };
-  auto record = heap::make_zeroed<Record>();
-  ASSERT_TRUE(record);
-  EXPECT_EQ(record->tag, 0);
-  FailNthAllocation seam(1);
-  EXPECT_FALSE(heap::make_zeroed<Record>());
 }
 
 }  // namespace

@@ -224,6 +224,7 @@ TEST_F(Memory, AllocServesExactSizesAndOverflowsIntoLaterPools) {
   EXPECT_NE(MemPoolGetElementByData(pMemMgr->firstPool, MemMgrAlloc(8)), nullptr);
 }
 
+// Freed data is zeroed, and zeroed again when handed out; a double free counts twice.
 TEST_F(Memory, FreeZeroesTakesExactPointersAndCountsDoubleFrees) {
   ASSERT_EQ(MemMgrInit(), 0);
   ASSERT_EQ(MemMgrAddPool(9, 2), 0);

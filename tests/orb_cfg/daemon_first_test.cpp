@@ -2,26 +2,16 @@
 // status 4, and the comparison built on the same read.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdint>
-#include <cstring>
 #include <string>
-#include <vector>
 
-#include "capture_sink.h"
 #include "fake_daemon.h"
-#include "fake_store.h"
-#include "tessera/orb_cfg.h"
+#include "orb_cfg_test.h"
 
 namespace tessera::test {
 namespace {
 
 namespace dm = daemon_message;
-using Buffer = std::array<char, 1025>;
-
-FakeStore &store() {
-  return FakeStore::instance();
-}
 
 // A mapping daemon that serves the names under "daemon/" and leaves the rest to the library.
 void serve_own_names(FakeDaemon &daemon) {
@@ -29,14 +19,6 @@ void serve_own_names(FakeDaemon &daemon) {
     const std::string name = dm::name(request);
     return name.rfind("daemon/", 0) == 0 ? dm::success("served:" + name) : dm::refusal(4);
   });
-}
-
-void put_dns_server1(const char *text) {
-  store().on_function("netGetCurrentIfConfig",
-                      [text](uint32_t *, const void *, uint32_t, void *record) {
-                        std::memcpy(static_cast<char *>(record) + 521, text, std::strlen(text) + 1);
-                        return 0;
-                      });
 }
 
 TEST(CfgmgrDaemonFirst, NamesTheDaemonServesNeverReachTheStore) {
@@ -53,7 +35,7 @@ TEST(CfgmgrDaemonFirst, NamesTheDaemonServesNeverReachTheStore) {
     EXPECT_EQ(is_same_value(name, "10.0.0.1"), 1) << name;
   }
   EXPECT_EQ(store().calls().size(), 0U);
-  EXPECT_EQ(CaptureSink::instance().reports().size(), 0U) << "no special-row lookup was made";
+  EXPECT_EQ(sink().reports().size(), 0U) << "no special-row lookup was made";
   const auto requests = mapping.requests();
   ASSERT_EQ(requests.size(), 12U);
   EXPECT_EQ(requests[1][dm::kOperation], 10);
@@ -67,7 +49,9 @@ TEST(CfgmgrDaemonFirst, Status4ReadsFallBackToTheStoreOrTheNetworkRecord) {
   mapping.reply(dm::refusal(4));
   store().set_int("gui_int_http_port", 8080);
   store().set_str("unknown_key", "free text");
-  put_dns_server1("10.1.2.3");
+  Record record{};
+  put(record, 521, "10.1.2.3");
+  serve_record(record);
   struct Case {
     std::string name;
     unsigned int len;

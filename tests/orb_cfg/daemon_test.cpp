@@ -23,16 +23,6 @@ namespace {
 
 namespace dm = daemon_message;
 using Bytes = dm::Bytes;
-using orb_cfg::DaemonMessage;
-
-static_assert(offsetof(DaemonMessage, session_id) == dm::kSessionId);
-static_assert(offsetof(DaemonMessage, status) == dm::kStatus);
-static_assert(offsetof(DaemonMessage, name) == dm::kName);
-static_assert(sizeof(DaemonMessage::name) == dm::kNameSize);
-static_assert(offsetof(DaemonMessage, value) == dm::kValue);
-static_assert(sizeof(DaemonMessage::value) == dm::kValueSize);
-static_assert(offsetof(DaemonMessage, orb_close) == dm::kOrbClose);
-
 // The request that a property operation should send: zero but for the fields it fills.
 Bytes request(uint8_t operation, const std::string &name, const std::string &value = "") {
   Bytes bytes(dm::kSize, 0);

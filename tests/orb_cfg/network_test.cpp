@@ -8,19 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "fake_store.h"
 #include "orb_cfg/orb_cfg_internal.h"
-#include "tessera/orb_cfg.h"
+#include "orb_cfg_test.h"
 
 namespace tessera::test {
 namespace {
-
-constexpr std::size_t kRecordSize = 4768;
-using Record = std::array<uint8_t, kRecordSize>;
-
-FakeStore &store() {
-  return FakeStore::instance();
-}
 
 struct Special {
   std::string name;
@@ -75,54 +67,43 @@ std::size_t offset_of_source(int32_t source) {
   return static_cast<std::size_t>(kOffsets.at(source));
 }
 
-TEST(SpecialPropTable, HoldsTheRowsInOrderAndTheEndRow) {
+TEST(SpecialPropTable, HoldsTheRowsInOrderAndGetSrcAddrPointsAtTheirFields) {
   const auto rows = expected_special_rows();
   ASSERT_EQ(rows.size(), 58U);
+  Record record{};
   for (std::size_t i = 0; i < rows.size(); ++i) {
     EXPECT_EQ(special_prop_table[i].name, rows[i].name) << i;
     EXPECT_EQ(special_prop_table[i].kind, rows[i].kind) << i;
     EXPECT_EQ(special_prop_table[i].source, rows[i].source) << i;
     EXPECT_EQ(special_prop_table[i].clear_code, rows[i].clear_code) << i;
+    EXPECT_EQ(get_src_addr(record.data(), static_cast<int32_t>(i)),
+              record.data() + offset_of_source(rows[i].source))
+        << i;
   }
   EXPECT_STREQ(special_prop_table[58].name, "");
   EXPECT_EQ(special_prop_table[58].kind, 0);
   EXPECT_EQ(special_prop_table[58].source, 0);
   EXPECT_EQ(special_prop_table[58].clear_code, 0);
-}
-
-TEST(GetSrcAddr, PointsAtTheFieldOfEveryRow) {
-  Record record{};
-  for (int32_t i = 0; i < 58; ++i) {
-    EXPECT_EQ(get_src_addr(record.data(), i),
-              record.data() + offset_of_source(special_prop_table[i].source))
-        << i;
+  for (const int32_t index : {58, -1, 1000}) {
+    EXPECT_EQ(get_src_addr(record.data(), index), nullptr);
   }
-  EXPECT_EQ(get_src_addr(record.data(), 58), nullptr);
-  EXPECT_EQ(get_src_addr(record.data(), -1), nullptr);
-  EXPECT_EQ(get_src_addr(record.data(), 1000), nullptr);
   EXPECT_EQ(get_src_addr(nullptr, 0), nullptr);
 }
 
-// Answers "netGetCurrentIfConfig" with `record`.
-void serve(const Record &record) {
-  store().on_function("netGetCurrentIfConfig",
-                      [record](uint32_t *, const void *, uint32_t capacity, void *output) {
-                        std::memcpy(output, record.data(), std::min<std::size_t>(capacity, 4768));
-                        return 0;
-                      });
-}
-
-void put(Record &record, std::size_t offset, const std::string &text) {
-  std::memcpy(record.data() + offset, text.c_str(), text.size() + 1);
-}
-
 std::string read(const char *name) {
-  std::array<char, 1025> out{};
+  Buffer out{};
   const int32_t status = Cfgmgr_Get_Property_ori(name, out.data(), 1025);
   return status == 0 ? std::string(out.data()) : "status " + std::to_string(status);
 }
 
-TEST(GetNetworkProperty, FormatsEachFieldByType) {
+template <class Number>
+std::vector<uint8_t> bytes_of(Number number) {
+  std::vector<uint8_t> bytes(sizeof number);
+  std::memcpy(bytes.data(), &number, sizeof number);
+  return bytes;
+}
+
+TEST(GetNetworkProperty, FormatsEachFieldByTypeWithOneFetchPerRead) {
   Record record{};
   put(record, 0, "mirel");
   put(record, 255, "example.com");
@@ -133,13 +114,13 @@ TEST(GetNetworkProperty, FormatsEachFieldByType) {
   record[520] = 1;
   record[974] = 100;
   record[979] = 255;
-  const uint16_t mtu = 1500;
-  std::memcpy(record.data() + 976, &mtu, 2);
+  const auto mtu = bytes_of(uint16_t{1500});
+  std::copy(mtu.begin(), mtu.end(), record.begin() + 976);
   put(record, 1166, "fe80::1");
   record[1166 + 46] = 64;
   put(record, 1777, "2001:db8::f");
   record[1777 + 46] = 128;
-  serve(record);
+  serve_record(record);
   // clang-format off
   const std::pair<const char *, const char *> cases[] = {
       {"DNS/mir_name", "mirel"}, {"DNS/domain_name", "example.com"}, {"DNS/server1", "10.0.0.53"},
@@ -154,17 +135,15 @@ TEST(GetNetworkProperty, FormatsEachFieldByType) {
     EXPECT_EQ(read(name), value) << name;
   }
   const auto fetches = store().calls("orb_function_execute");
-  ASSERT_EQ(fetches.size(), std::size(cases));  // one fetch per read, nothing cached
+  ASSERT_EQ(fetches.size(), std::size(cases));
   EXPECT_EQ(fetches[0].name, "netGetCurrentIfConfig");
   EXPECT_EQ(fetches[0].length_in, 0U);
   EXPECT_TRUE(fetches[0].input_null);
   EXPECT_EQ(fetches[0].capacity, 4768U);
-}
 
-TEST(GetNetworkProperty, UnterminatedTextStopsAtTheFieldWidthLessOne) {
-  Record record{};
+  // Text without a terminator stops at its field's width less one.
   std::memset(record.data(), 'a', 600);
-  serve(record);
+  serve_record(record);
   EXPECT_EQ(read("DNS/mir_name"), std::string(254, 'a'));
   EXPECT_EQ(read("DNS/server1"), std::string(15, 'a'));
   EXPECT_EQ(read("IPV6/DNSServer1"), std::string(45, 'a'));
@@ -174,7 +153,7 @@ TEST(GetNetworkProperty, FailedFetchAndStemOnlyNamesGiveStatus1) {
   std::array<char, 8> out{'k', 'e', 'p', 't'};
   EXPECT_EQ(Cfgmgr_Ext_Get_Property("DNS/server1", out.data(), 8), 1);  // no function served
   EXPECT_STREQ(out.data(), "kept");
-  serve(Record{});
+  serve_record(Record{});
   store().clear_calls();
   EXPECT_EQ(Cfgmgr_Ext_Get_Property("DNS/mir_name7", out.data(), 8), 1);
   EXPECT_EQ(orb_cfg::getNetworkProperty("DNS/server1", out.data(), 58), 1);
@@ -201,43 +180,43 @@ Record write(const char *name, const char *value) {
   EXPECT_EQ(Cfgmgr_Set_Property_ori(name, value), 0) << name;
   const auto calls = store().calls("orb_function_execute");
   Record request{};
-  if (calls.size() == 1) {
-    EXPECT_EQ(calls[0].name, "netSetNetConfig");
-    EXPECT_EQ(calls[0].length_in, 4768U);
-    EXPECT_EQ(calls[0].capacity, 0U);
-    EXPECT_EQ(calls[0].output, nullptr);
-    EXPECT_EQ(calls[0].input.size(), kRecordSize);
-    std::copy_n(calls[0].input.begin(), std::min(calls[0].input.size(), kRecordSize),
-                request.begin());
-  } else {
+  if (calls.size() != 1 || calls[0].input.size() != request.size()) {
     ADD_FAILURE() << name << ": " << calls.size() << " requests";
+    return request;
   }
+  EXPECT_EQ(calls[0].name, "netSetNetConfig");
+  EXPECT_EQ(calls[0].length_in, 4768U);
+  EXPECT_EQ(calls[0].capacity, 0U);
+  EXPECT_EQ(calls[0].output, nullptr);
+  std::copy(calls[0].input.begin(), calls[0].input.end(), request.begin());
   return request;
 }
 
-void put_u32(Record &record, std::size_t offset, uint32_t value) {
-  std::memcpy(record.data() + offset, &value, 4);
-}
-
+// Each write changes its own field alone; an empty text sets the clear bit of its mask instead.
 TEST(SetNetworkProperty, SendsAChangeRequestForTheTargetAlone) {
   struct Case {
     const char *name, *value;
     std::size_t offset;
     std::vector<uint8_t> bytes;
   };
-  const uint16_t mtu1500 = 1500, mtu70000 = 4464;
-  std::vector<uint8_t> le1500(2), le4464(2);
-  std::memcpy(le1500.data(), &mtu1500, 2);
-  std::memcpy(le4464.data(), &mtu70000, 2);
+  const std::vector<uint8_t> address = {'1', '0', '.', '1', '.', '2', '.', '3'};
   // clang-format off
   const Case cases[] = {
       {"DNS/dhcp_enable", "1", 519, {2}}, {"DNS/dhcp_enable", "0", 519, {1}},
       {"DNS/dhcp_enable", "abc", 519, {1}}, {"IPV6/IP_sec_enable", "9", 980, {2}},
-      {"NETWORK/NIC/mtu", "1500", 976, le1500}, {"NETWORK/NIC/mtu", "70000", 976, le4464},
+      {"NETWORK/NIC/mtu", "1500", 976, bytes_of(uint16_t{1500})},
+      {"NETWORK/NIC/mtu", "70000", 976, bytes_of(uint16_t{4464})},
       {"IPV6/prefix_length", "255", 979, {0xFF}}, {"IPV6/prefix_length", "-1", 979, {0xFF}},
       {"IPV6/prefix_length", "64", 979, {64}}, {"NETWORK/NIC/selection", "2", 510, {2}},
       {"NETWORK/NIC/fullduplex", "0", 975, {0}}, {"IPV6/valid_address_number", "258", 1165, {2}},
-      {"DNS/server1", "10.1.2.3", 521, {'1', '0', '.', '1', '.', '2', '.', '3'}},
+      {"DNS/server1", "10.1.2.3", 521, address},
+      {"DNS/mir_name", "", 1828, bytes_of(0x01U)}, {"DNS/domain_name", "", 1828, bytes_of(0x02U)},
+      {"DNS/server1", "", 1828, bytes_of(0x04U)}, {"DNS/server2", "", 1828, bytes_of(0x08U)},
+      {"IPV6/DNSServer1", "", 1828, bytes_of(0x10U)},
+      {"IPV6/DNSServer2", "", 1828, bytes_of(0x20U)}, {"IPV6/address", "", 1824, bytes_of(0x20U)},
+      {"IPV6/gateway", "", 1824, bytes_of(0x40U)},
+      {"IPV6/link_local_address", "", 1824, bytes_of(0x80U)},
+      {"IPV6/site_local_address", "", 1824, bytes_of(0x100U)},
   };
   // clang-format on
   for (const auto &c : cases) {
@@ -247,29 +226,8 @@ TEST(SetNetworkProperty, SendsAChangeRequestForTheTargetAlone) {
   }
 }
 
-TEST(SetNetworkProperty, EmptyTextSetsTheClearBitOfItsMask) {
-  struct Case {
-    const char *name;
-    std::size_t mask_offset;
-    uint32_t bit;
-  };
-  // clang-format off
-  const Case cases[] = {
-      {"DNS/mir_name", 1828, 0x01}, {"DNS/domain_name", 1828, 0x02}, {"DNS/server1", 1828, 0x04},
-      {"DNS/server2", 1828, 0x08}, {"IPV6/DNSServer1", 1828, 0x10}, {"IPV6/DNSServer2", 1828, 0x20},
-      {"IPV6/address", 1824, 0x20}, {"IPV6/gateway", 1824, 0x40},
-      {"IPV6/link_local_address", 1824, 0x80}, {"IPV6/site_local_address", 1824, 0x100},
-  };
-  // clang-format on
-  for (const auto &c : cases) {
-    Record expected = blank_request();
-    put_u32(expected, c.mask_offset, c.bit);
-    EXPECT_EQ(write(c.name, ""), expected) << c.name;
-  }
-}
-
 // Text that would run into the next field is refused, as are the extended address entries and
-// names that met their special row through the stem alone.
+// names that met their special row through the stem alone. The apply's result is handed on.
 TEST(SetNetworkProperty, RefusesWhatTheRecordCannotCarry) {
   Record expected = blank_request();
   put(expected, 0, std::string(254, 'm'));
@@ -288,9 +246,6 @@ TEST(SetNetworkProperty, RefusesWhatTheRecordCannotCarry) {
   EXPECT_EQ(orb_cfg::setNetworkProperty("DNS/server1", "x", 58), 1);
   EXPECT_EQ(orb_cfg::setNetworkProperty("MIR/FIRMWARE/minor", "x", 55), 1);
   EXPECT_EQ(store().calls().size(), 0U);
-}
-
-TEST(SetNetworkProperty, HandsOnTheApplyResult) {
   store().fail("orb_function_execute", "netSetNetConfig", 8193);
   EXPECT_EQ(Cfgmgr_Set_Property_ori("DNS/server1", "1.1.1.1"), 8193);
   EXPECT_EQ(Cfgmgr_Set_Property_ori("IPV6/enable", "1"), 8193);

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "heap_seam.h"
-#include "string/tokenize.h"
 #include "strlib_test.h"
 #include "tessera/strlib.h"
 
@@ -79,23 +78,6 @@ TEST(StrTokenize, KeepsWhatItHasWhenALaterBlockCannotBeMade) {
     expected.erase(expected.begin() + (n - 2));
     EXPECT_EQ(tokenize(text), expected) << "allocation " << n << " failed";
   }
-}
-
-TEST(StrArgvAppend, GrowsTheVectorAndItsSizeByTheTextAndAPointer) {
-  std::size_t size = sizeof(char *);
-  auto **argv = static_cast<char **>(std::calloc(1, size));
-  argv = strArgvAppend(argv, "ab", &size);
-  argv = strArgvAppend(argv, "", &size);
-  EXPECT_EQ(size, 3 * sizeof(char *) + 3 + 1);
-  EXPECT_EQ(tokens_of(argv), (Tokens{"ab", ""}));
-  {
-    FailNthAllocation fail(1);
-    EXPECT_EQ(strArgvAppend(argv, "lost", &size), argv);
-  }
-  EXPECT_EQ(size, 4 * sizeof(char *) + 3 + 1 + 5);  // the lost text stays counted
-  argv = strArgvAppend(argv, "c", &size);
-  EXPECT_EQ(tokens_of(argv), (Tokens{"ab", "", "c"}));
-  std::free(static_cast<void *>(argv));
 }
 
 }  // namespace

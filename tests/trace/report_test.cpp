@@ -13,37 +13,35 @@ TEST(TraceFileName, GivesThePartBehindTheLastSlashAsAPointerIntoThePath) {
     const char *path;
     std::size_t offset;
   };
+  // clang-format off
   const Case cases[] = {
       {"orb_cfg/orb_cfg.cpp", 8}, {"/a/b/c.cpp", 5}, {"plain.cpp", 0}, {"dir/", 4}, {"", 0},
       {"/", 1},
   };
+  // clang-format on
   for (const auto &c : cases) {
     EXPECT_EQ(TraceFileName(c.path), c.path + c.offset) << c.path;
   }
 }
 
-TEST(Report, ErrorCarriesLevel2Facility3AndTheFileAndLinePrefix) {
+TEST(Report, ErrorAndDebugLevelsCarryFacility3AndTheFileAndLinePrefix) {
   const int line = __LINE__ + 1;
   REPORT_ERROR("value = %d, name = %s\n", 7, "x");
+  REPORT_DEBUG("Status = %d\n", 6);
+  REPORT_DETAIL("Failed to find XML start tag: %s : %s\n", "<a>", "doc");
   const auto reports = CaptureSink::instance().reports();
-  ASSERT_EQ(reports.size(), 1U);
+  ASSERT_EQ(reports.size(), 3U);
   EXPECT_EQ(reports[0].level, 2);
   EXPECT_EQ(reports[0].facility, 3);
   EXPECT_EQ(reports[0].format, "ERROR: %s [%d]: value = %d, name = %s\n");
   EXPECT_EQ(reports[0].text,
             "ERROR: report_test.cpp [" + std::to_string(line) + "]: value = 7, name = x\n");
-}
-
-TEST(Report, DebugLevelsShareTheirPrefix) {
-  REPORT_DEBUG("Status = %d\n", 6);
-  REPORT_DETAIL("Failed to find XML start tag: %s : %s\n", "<a>", "doc");
-  const auto reports = CaptureSink::instance().reports();
-  ASSERT_EQ(reports.size(), 2U);
-  EXPECT_EQ(reports[0].level, 5);
-  EXPECT_EQ(reports[0].format, "DEBUG: %s [%d]: Status = %d\n");
-  EXPECT_EQ(reports[1].level, 6);
-  EXPECT_EQ(reports[1].message, "Failed to find XML start tag: <a> : doc\n");
-  EXPECT_EQ(reports[1].file, "report_test.cpp");
+  EXPECT_EQ(reports[1].level, 5);
+  EXPECT_EQ(reports[1].format, "DEBUG: %s [%d]: Status = %d\n");
+  EXPECT_EQ(reports[2].level, 6);
+  EXPECT_EQ(reports[2].facility, 3);
+  EXPECT_EQ(reports[2].text, "DEBUG: report_test.cpp [" + std::to_string(line + 2) +
+                                 "]: Failed to find XML start tag: <a> : doc\n");
 }
 
 TEST(Report, AssertionReportsOnceAndLetsTheCallerGoOn) {
