@@ -1,0 +1,92 @@
+#include "run_tessera.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+namespace tessera::test {
+namespace {
+
+// The program and, when cross built, the emulator that runs it, split at blanks.
+std::vector<std::string> command_line() {
+  std::vector<std::string> words;
+  std::istringstream emulator(TESSERA_CLI_EMULATOR);
+  for (std::string word; emulator >> word;) {
+    words.push_back(word);
+  }
+  words.emplace_back(TESSERA_CLI_PATH);
+  return words;
+}
+
+}  // namespace
+
+Scratch::Scratch() {
+  std::string pattern = std::filesystem::temp_directory_path() / "tessera-cli-XXXXXX";
+  if (mkdtemp(pattern.data()) == nullptr) {
+    ADD_FAILURE() << "no scratch directory";
+  }
+  path_ = pattern;
+}
+
+Scratch::~Scratch() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::string Scratch::write(const std::string &name, const std::string &text) const {
+  std::ofstream(file(name), std::ios::binary) << text;
+  return file(name);
+}
+
+std::string Scratch::read(const std::string &name) const {
+  std::ifstream in(file(name), std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string &input,
+                         const std::vector<std::string> &env) const {
+  const std::string in_path = write(".stdin", input);
+  const std::string out_path = file(".stdout");
+  const std::string err_path = file(".stderr");
+  std::vector<std::string> words = command_line();
+  words.insert(words.end(), args.begin(), args.end());
+  std::vector<char *> argv;
+  for (auto &word : words) {
+    argv.push_back(word.data());
+  }
+  argv.push_back(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    const int in = open(in_path.c_str(), O_RDONLY);
+    const int out = open(out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const int err = open(err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    if (in < 0 || out < 0 || err < 0 || dup2(in, 0) < 0 || dup2(out, 1) < 0 || dup2(err, 2) < 0 ||
+        chdir(path_.c_str()) != 0) {
+      _exit(126);
+    }
+    setenv("HOME", path_.c_str(), 1);
+    setenv("TESSERA_STORE_DB", file("store.db").c_str(), 1);
+    setenv("TESSERA_SIM_DIR", file("sim").c_str(), 1);
+    for (const auto &entry : env) {
+      putenv(const_cast<char *>(entry.c_str()));
+    }
+    execvp(argv[0], argv.data());
+    _exit(127);
+  }
+  Outcome run;
+  int status = 0;
+  if (child > 0 && waitpid(child, &status, 0) == child) {
+    run.exit = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
+  run.out = read(".stdout");
+  run.err = read(".stderr");
+  return run;
+}
+
+}  // namespace tessera::test
