@@ -1,5 +1,6 @@
 // Arbitrary bytes read as an INI file: the document is walked by index and by name, saved, and
 // the saved file read back must give the same document, less what a save leaves out.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -74,23 +75,37 @@ void trim_right(std::string &text) {
   }
 }
 
+void trim(std::string &text) {
+  trim_right(text);
+  text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
+}
+
 // What reading back a saved document gives: no sections or keys without a name, no keys that
-// read as comments; a section name cut at 255 characters loses blanks at its end; a value that
-// ends in a carriage return loses it to the line's "\r\n", and then its blanks, unless the
-// line fills a whole read of 1279 characters, which leaves the line feed to the next read.
+// read as comments; a key whose saved line opens with '[' and holds a ']' reads back as the
+// header of a section that takes the keys behind it; a section name cut at 255 characters loses blanks at
+// its end; a value that ends in a carriage return loses it to the line's "\r\n", and then its
+// blanks, unless the line fills a whole read of 1279 characters, which leaves the line feed to
+// the next read.
 Model after_save(const Model &model) {
   Model out;
   for (const Section &section : model) {
     if (section.name.empty()) {
       continue;
     }
-    Section &kept = out.emplace_back(Section{section.name, {}});
-    trim_right(kept.name);
+    out.push_back(Section{section.name, {}});
+    trim_right(out.back().name);
     for (const Key &key : section.keys) {
       if (key.name.empty() || key.name[0] == '#') {
         continue;
       }
-      Key &copy = kept.keys.emplace_back(key);
+      const std::string line = key.name + "=" + key.value;
+      if (line[0] == '[' && line.find(']') != std::string::npos) {
+        std::string name = line.substr(1, line.find(']') - 1);
+        trim(name);
+        out.push_back(Section{name, {}});
+        continue;
+      }
+      Key &copy = out.back().keys.emplace_back(key);
       if (!copy.value.empty() && copy.value.back() == '\r' &&
           copy.name.size() + 1 + copy.value.size() < 1279) {
         copy.value.pop_back();
@@ -99,6 +114,30 @@ Model after_save(const Model &model) {
     }
   }
   return out;
+}
+
+// Names the first place where two documents differ, to stderr.
+void show_difference(const Model &expected, const Model &got) {
+  for (std::size_t s = 0; s < std::max(expected.size(), got.size()); ++s) {
+    const Section *a = s < expected.size() ? &expected[s] : nullptr;
+    const Section *b = s < got.size() ? &got[s] : nullptr;
+    if (a == nullptr || b == nullptr || a->name != b->name) {
+      std::fprintf(stderr, "section %zu: expected [%s], read back [%s]\n", s,
+                   a ? a->name.c_str() : "(none)", b ? b->name.c_str() : "(none)");
+      return;
+    }
+    for (std::size_t k = 0; k < std::max(a->keys.size(), b->keys.size()); ++k) {
+      const Key *x = k < a->keys.size() ? &a->keys[k] : nullptr;
+      const Key *y = k < b->keys.size() ? &b->keys[k] : nullptr;
+      if (x == nullptr || y == nullptr || !(*x == *y)) {
+        std::fprintf(stderr, "[%s] key %zu: expected '%s'='%s', read back '%s'='%s'\n",
+                     a->name.c_str(), k, x ? x->name.c_str() : "(none)",
+                     x ? x->value.c_str() : "", y ? y->name.c_str() : "(none)",
+                     y ? y->value.c_str() : "");
+        return;
+      }
+    }
+  }
 }
 
 }  // namespace
@@ -117,7 +156,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   check(inifileSave(first, output.path.c_str()) == 0, "saving");
   InifileDocument *second = nullptr;
   check(inifileOpen(output.path.c_str(), &second) == 0, "opening the saved file");
-  check(walk(second) == expected, "the saved file reads back to the same document");
+  const Model got = walk(second);
+  if (got != expected) {
+    show_difference(expected, got);
+  }
+  check(got == expected, "the saved file reads back to the same document");
   check(inifileClose(first) == 0 && inifileClose(second) == 0, "closing");
   return 0;
 }
