@@ -11,26 +11,17 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
 namespace tessera::kit::test {
 
 ScratchStore::ScratchStore() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "tessera-kit-XXXXXX").string();
-  if (::mkdtemp(pattern.data()) == nullptr) {
-    throw std::runtime_error("mkdtemp failed");
-  }
-  dir_ = pattern;
-  path_ = dir_ + "/store.db";
-  ::setenv("TESSERA_STORE_DB", path_.c_str(), 1);
+  ::setenv("TESSERA_STORE_DB", path().c_str(), 1);
 }
 
 ScratchStore::~ScratchStore() {
   ::unsetenv("TESSERA_STORE_DB");
-  std::error_code ignored;
-  std::filesystem::remove_all(dir_, ignored);
 }
 
 namespace {

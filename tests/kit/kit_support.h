@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "scratch.h"
 #include "tessera/store_client.h"
 #include "tessera_store.h"
 
@@ -22,11 +23,10 @@ class ScratchStore {
   ~ScratchStore();
   ScratchStore(const ScratchStore &) = delete;
   ScratchStore &operator=(const ScratchStore &) = delete;
-  const std::string &path() const { return path_; }
+  std::string path() const { return dir_.file("store.db"); }
 
  private:
-  std::string dir_;
-  std::string path_;
+  tessera::test::ScratchDir dir_;
 };
 
 // The orb_* functions of libtessera-store.so itself. A test program defines its own in-memory
