@@ -12,12 +12,12 @@
 #include <cstring>
 #include <fstream>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "fake_daemon.h"
 #include "kit_support.h"
-#include "orb_cfg/network_record.h"
 #include "tessera/session.h"
 
 namespace tessera::kit::test {
@@ -36,15 +36,21 @@ class Daemons : public ::testing::Test {
     session_daemon = std::make_unique<Daemon>(sessiond(), kSessionSocket);
   }
 
-  // Runs the client with `commands`; its output lines.
-  static std::vector<std::string> client_lines(std::vector<std::string> commands) {
-    commands.insert(commands.begin(), client());
-    const Outcome result = run(std::move(commands));
+  // Runs the client with `commands` (split at blanks) and then `more`; its output lines.
+  static std::vector<std::string> client_lines(const std::string &commands,
+                                               const std::vector<std::string> &more = {}) {
+    std::vector<std::string> argv{client()};
+    std::istringstream words(commands);
+    for (std::string word; words >> word;) {
+      argv.push_back(word);
+    }
+    argv.insert(argv.end(), more.begin(), more.end());
+    const Outcome result = run(std::move(argv));
     EXPECT_EQ(result.code, 0) << result.output;
     std::vector<std::string> lines;
-    for (std::size_t start = 0, end; (end = result.output.find('\n', start)) != std::string::npos;
-         start = end + 1) {
-      lines.push_back(result.output.substr(start, end - start));
+    std::istringstream output(result.output);
+    for (std::string line; std::getline(output, line);) {
+      lines.push_back(line);
     }
     return lines;
   }
@@ -64,27 +70,10 @@ TEST_F(Daemons, ServeOwnedPropertiesAndSendTheRestToTheStore) {
   ASSERT_EQ(tessera_store_map_property(TESSERA_STORE_MAPPED, "TELNET/port", "23"), 0);
   ASSERT_EQ(tessera_store_set_value("gui_int_http_port", TESSERA_STORE_INT, "80"), 0);
 
-  const auto lines = client_lines({"get",
-                                   "TELNET/port",
-                                   "set",
-                                   "TELNET/port",
-                                   "2323",
-                                   "get",
-                                   "TELNET/port",
-                                   "get",
-                                   "WEBSERVER/http_port",
-                                   "set",
-                                   "WEBSERVER/http_port",
-                                   "8080",
-                                   "get",
-                                   "WEBSERVER/http_port",
-                                   "dcs-set",
-                                   "x/y",
-                                   "hello",
-                                   "dcs-get",
-                                   "x/y",
-                                   "dcs-get",
-                                   "x/z"});
+  const auto lines = client_lines(
+      "get TELNET/port set TELNET/port 2323 get TELNET/port get WEBSERVER/http_port "
+      "set WEBSERVER/http_port 8080 get WEBSERVER/http_port dcs-set x/y hello dcs-get x/y "
+      "dcs-get x/z");
   EXPECT_EQ(lines, (std::vector<std::string>{"0 23", "0", "0 2323", "0 80", "0", "0 8080", "0",
                                              "0 hello", "1 "}));
   char value[16];
@@ -105,30 +94,22 @@ TEST_F(Daemons, NetworkWritesReadBackFieldByField) {
       {"NETWORK/NIC/mtu", "1500"},        {"NETWORK/NIC/selection", "2"},
       {"IPV6/prefix_length", "64"},       {"IPV6/address", "fe80::5"},
       {"IPV6/DNSServer2", "2001:db8::53"}};
-  std::vector<std::string> commands;
+  std::string commands;
   std::vector<std::string> expected;
   for (const auto &[name, value] : fields) {
-    commands.insert(commands.end(), {"set", name, value});
+    commands += "set " + name + " " + value + " ";
     expected.push_back("0");
   }
   for (const auto &[name, value] : fields) {  // every write kept the others
-    commands.insert(commands.end(), {"get", name});
+    commands += "get " + name + " ";
     expected.push_back("0 " + value);
   }
-  // The empty text clears; -1 is the marker of "unchanged", so it changes nothing.
-  commands.insert(commands.end(),
-                  {"set", "DNS/server1", "", "get", "DNS/server1", "get", "DNS/server2", "set",
-                   "DNS/dhcp_enable", "0", "get", "DNS/dhcp_enable", "set", "NETWORK/NIC/selection",
-                   "-1", "get", "NETWORK/NIC/selection"});
-  expected.insert(expected.end(), {"0", "0 ", "0 10.0.0.54", "0", "0 0", "0", "0 2"});
-  EXPECT_EQ(client_lines(commands), expected);
-
-  orb_cfg::NetworkRecord record{};
-  ASSERT_EQ(tessera_store_get_network(&record, sizeof record), 0);
-  EXPECT_STREQ(record.mir_name, "mir-7");
-  EXPECT_EQ(record.dns_dhcp_enable, orb_cfg::kFlagOff);
-  EXPECT_EQ(record.nic_selection, 2);
-  EXPECT_EQ(record.ipv6_prefix_length, 64);
+  // -1 is the marker of "unchanged", so it changes nothing; the empty text clears.
+  commands +=
+      "set DNS/dhcp_enable 0 get DNS/dhcp_enable set NETWORK/NIC/selection -1 "
+      "get NETWORK/NIC/selection set DNS/server1";
+  expected.insert(expected.end(), {"0", "0 0", "0", "0 2", "0", "0 ", "0 10.0.0.54"});
+  EXPECT_EQ(client_lines(commands, {"", "get", "DNS/server1", "get", "DNS/server2"}), expected);
 }
 
 TEST_F(Daemons, ListInspectAndCloseSessions) {
@@ -140,9 +121,9 @@ TEST_F(Daemons, ListInspectAndCloseSessions) {
 
   const std::string webgui = std::to_string(str2ssntype("webgui"));
   const std::string ssh = std::to_string(str2ssntype("SSH"));
-  auto lines =
-      client_lines({"sessions", "sessions-of", "operator", "info", "10", "info", "20", "close",
-                    "10", "sessions", "info", "11", "orb-close", "20", "close", "20"});
+  const auto lines = client_lines(
+      "sessions sessions-of operator info 10 info 20 close 10 sessions info 11 orb-close 20 "
+      "close 20");
   ASSERT_EQ(lines.size(), 9U);
   EXPECT_EQ(lines[0], "0 10 11 12 20");
   EXPECT_EQ(lines[1], "0 20");
@@ -213,9 +194,9 @@ TEST_F(Daemons, AnswerGarbageWholeAndKeepServing) {
       EXPECT_EQ(reply[0], 3) << "refused";
     }
   }
-  EXPECT_EQ(client_lines({"get", "TELNET/port"}), std::vector<std::string>{"0 23"});
+  EXPECT_EQ(client_lines("get TELNET/port"), std::vector<std::string>{"0 23"});
   ASSERT_EQ(add_session(session(5, "SSH")), 0);
-  EXPECT_EQ(client_lines({"close", "5", "sessions"}), (std::vector<std::string>{"0", "0"}));
+  EXPECT_EQ(client_lines("close 5 sessions"), (std::vector<std::string>{"0", "0"}));
   ::close(stalled);
 }
 
