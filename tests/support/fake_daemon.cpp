@@ -43,14 +43,6 @@ std::string field(const Bytes &message, std::size_t offset, std::size_t width) {
 std::string name(const Bytes &message) { return field(message, kName, kNameSize); }
 std::string value(const Bytes &message) { return field(message, kValue, kValueSize); }
 
-uint32_t u32(const Bytes &message, std::size_t offset) {
-  uint32_t number = 0;
-  if (message.size() >= offset + sizeof number) {
-    std::memcpy(&number, message.data() + offset, sizeof number);
-  }
-  return number;
-}
-
 }  // namespace daemon_message
 
 bool in_private_namespace() {

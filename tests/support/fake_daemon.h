@@ -39,7 +39,6 @@ Bytes refusal(uint32_t status);
 // Fields of a message, read within their bounds.
 std::string name(const Bytes &message);
 std::string value(const Bytes &message);
-uint32_t u32(const Bytes &message, std::size_t offset);
 }  // namespace daemon_message
 
 // True inside the namespace of tools/ns-run, where the daemon sockets are ours to bind.

@@ -82,11 +82,6 @@ std::optional<FakeStore::Value> FakeStore::value(const std::string &key) const {
   return it == values_.end() ? std::nullopt : std::optional<Value>(it->second);
 }
 
-std::size_t FakeStore::value_count() const {
-  std::lock_guard lock(mutex_);
-  return values_.size();
-}
-
 void FakeStore::fail(const std::string &function, std::optional<int32_t> result) {
   std::lock_guard lock(mutex_);
   failures_[function] = result.value_or(default_failure(function));

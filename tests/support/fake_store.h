@@ -63,7 +63,6 @@ class FakeStore {
   void set_str(const std::string &key, std::string value);
   void erase(const std::string &key);
   [[nodiscard]] std::optional<Value> value(const std::string &key) const;
-  [[nodiscard]] std::size_t value_count() const;
 
   // Failures: every call of `function`, or only those naming `name`, return `result`.
   // Without a result, the function's own failure sense: 0, or -1 for the calls whose success is 0.
