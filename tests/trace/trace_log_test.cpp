@@ -60,7 +60,6 @@ TEST_F(TraceLog, GateNeedsEverySettingAndOneSharedLevelBit) {
       {0, 0xFFFFFFFF, 1, 0xFFFFFFFF, false},
       {0x6, 1, 1, 0x2, true},
       {0x6, 1, 1, 0x9, false},
-      {0x6, 1, 1, 0xFF, true},
       {0x6, 0, 1, 0x2, false},
       {0x6, 1, 0, 0x2, false},
       {0x6, 0x80, 1, 0x4, true},
