@@ -1,9 +1,11 @@
 // Closing sessions through the session daemon, served at its real socket in the private namespace.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstring>
 #include <thread>
 
+#include <pthread.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -76,8 +78,9 @@ TEST_F(SessionClose, WithoutMemoryReportsNoResourcesAndSendsNothing) {
   EXPECT_EQ(session.request_count(), 0U);
 }
 
-// A daemon that hangs up before reading: the close fails, and the tool is not killed by SIGPIPE
-// (the send may meet the closed peer or not, depending on which side runs first).
+// A daemon that hangs up before reading: the close fails, and the tool is neither killed by SIGPIPE
+// (the send may meet the closed peer or not, depending on which side runs first) nor left with it
+// blocked.
 TEST_F(SessionClose, ADaemonThatHangsUpNeverKillsTheCaller) {
   const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
   sockaddr_un address{};
@@ -97,6 +100,9 @@ TEST_F(SessionClose, ADaemonThatHangsUpNeverKillsTheCaller) {
   hangup.join();
   ::close(listener);
   ::unlink(kSessionSocket);
+  sigset_t mask;
+  ASSERT_EQ(pthread_sigmask(SIG_SETMASK, nullptr, &mask), 0);
+  EXPECT_EQ(sigismember(&mask, SIGPIPE), 0) << "the caller's signal mask is restored";
 }
 
 }  // namespace
