@@ -77,10 +77,7 @@ TEST_F(Daemons, ServeOwnedPropertiesAndSendTheRestToTheStore) {
   EXPECT_EQ(lines, (std::vector<std::string>{"0 23", "0", "0 2323", "0 80", "0", "0 8080", "0",
                                              "0 hello", "1 "}));
   char value[16];
-  ASSERT_EQ(tessera_store_get_mapped(TESSERA_STORE_MAPPED, "TELNET/port", value, sizeof value), 0);
-  EXPECT_STREQ(value, "2323");
   EXPECT_EQ(stored("pm_int_telnet_port"), "(none)") << "the daemon's property stays its own";
-  EXPECT_EQ(stored("gui_int_http_port"), "8080");
   EXPECT_EQ(
       tessera_store_get_mapped(TESSERA_STORE_MAPPED, "WEBSERVER/http_port", value, sizeof value),
       TESSERA_STORE_NOT_FOUND)

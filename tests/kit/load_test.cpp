@@ -1,5 +1,5 @@
 // Many client processes at once through the daemons and the store, and the mapping daemon killed
-// in the middle of that.
+// in the middle of that. The throughput is bench_kit's to report.
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -80,7 +80,6 @@ TEST_F(Load, EightClientsEachWriteAndReadBackAThousandProperties) {
   constexpr int kClients = 8;
   constexpr int kCount = 1000;
   own_half(kClients, kCount);
-  const auto begin = std::chrono::steady_clock::now();
   auto children = start(kClients, kCount, false);
   long ops = 0;
   for (auto &child : children) {
@@ -89,12 +88,7 @@ TEST_F(Load, EightClientsEachWriteAndReadBackAThousandProperties) {
     std::sscanf(child->output().c_str(), "halfway\nops %ld", &client_ops);
     ops += client_ops;
   }
-  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
   EXPECT_EQ(ops, kClients * kCount * 3L) << "a write and two reads per property";
-  std::printf("%ld property operations by %d clients in %.2f s: %.0f per second\n", ops, kClients,
-              took.count(), static_cast<double>(ops) / took.count());
-  RecordProperty("operations_per_second",
-                 static_cast<int>(static_cast<double>(ops) / took.count()));
   expect_all_there(kClients, kCount);
 }
 
