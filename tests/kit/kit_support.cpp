@@ -44,7 +44,6 @@ Orb load_orb() {
   resolve(library, "orb_config_get_int", orb.get_int);
   resolve(library, "orb_config_get_str", orb.get_str);
   resolve(library, "orb_config_get_str_n", orb.get_str_n);
-  resolve(library, "orb_config_set_bool", orb.set_bool);
   resolve(library, "orb_config_set_int", orb.set_int);
   resolve(library, "orb_config_set_str", orb.set_str);
   resolve(library, "orb_config_set_str_n", orb.set_str_n);

@@ -36,7 +36,6 @@ struct Orb {
   decltype(&orb_config_get_int) get_int;
   decltype(&orb_config_get_str) get_str;
   decltype(&orb_config_get_str_n) get_str_n;
-  decltype(&orb_config_set_bool) set_bool;
   decltype(&orb_config_set_int) set_int;
   decltype(&orb_config_set_str) set_str;
   decltype(&orb_config_set_str_n) set_str_n;
@@ -97,7 +96,6 @@ class Daemon {
   ~Daemon();  // SIGTERM, then waits
   Daemon(const Daemon &) = delete;
   Daemon &operator=(const Daemon &) = delete;
-  Child &process() { return *child_; }
   // Stops it with `number` and returns its wait status.
   int stop(int number);
   void restart();
