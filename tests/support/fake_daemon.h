@@ -4,7 +4,6 @@
 // runs inside the private mount namespace that tools/ns-run sets up for such tests.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -69,7 +68,6 @@ class FakeDaemon {
 
   std::string path_;
   int listener_ = -1;
-  int wake_[2] = {-1, -1};
   mutable std::mutex mutex_;
   Handler handler_;
   std::vector<Bytes> requests_;
