@@ -32,14 +32,14 @@ class Daemons : public ::testing::Test {
     if (!tessera::test::in_private_namespace()) {
       GTEST_SKIP() << "needs the private mount namespace: run it through ctest or tools/ns-run";
     }
-    mapping = std::make_unique<Daemon>(mappingd(), kMappingSocket);
-    session_daemon = std::make_unique<Daemon>(sessiond(), kSessionSocket);
+    mapping = std::make_unique<Daemon>(kMappingd, kMappingSocket);
+    session_daemon = std::make_unique<Daemon>(kSessiond, kSessionSocket);
   }
 
   // Runs the client with `commands` (split at blanks) and then `more`; its output lines.
   static std::vector<std::string> client_lines(const std::string &commands,
                                                const std::vector<std::string> &more = {}) {
-    std::vector<std::string> argv{client()};
+    std::vector<std::string> argv{kClient};
     std::istringstream words(commands);
     for (std::string word; words >> word;) {
       argv.push_back(word);
@@ -203,7 +203,7 @@ bool exists(const char *path) {
 }
 
 TEST_F(Daemons, StartOverStaleSocketsRefuseLiveOnesAndStopCleanly) {
-  const Outcome second = run({mappingd(), "--foreground"});
+  const Outcome second = run({kMappingd, "--foreground"});
   EXPECT_EQ(second.code, 1) << "the socket is live";
   EXPECT_EQ(mapping->stop(SIGINT), 0);
   EXPECT_FALSE(exists(kMappingSocket)) << "removed at the stop";
@@ -212,7 +212,7 @@ TEST_F(Daemons, StartOverStaleSocketsRefuseLiveOnesAndStopCleanly) {
   ASSERT_TRUE(exists(kSessionSocket)) << "left behind";
   // In the background, with a pid file: the start returns once it serves.
   const std::string pid_file = scratch.path() + ".pid";
-  ASSERT_EQ(run({sessiond(), "--pid-file", pid_file}).code, 0);
+  ASSERT_EQ(run({kSessiond, "--pid-file", pid_file}).code, 0);
   ASSERT_TRUE(wait_for_socket(kSessionSocket, std::chrono::seconds(5)));
   pid_t pid = 0;
   std::ifstream(pid_file) >> pid;
@@ -223,7 +223,7 @@ TEST_F(Daemons, StartOverStaleSocketsRefuseLiveOnesAndStopCleanly) {
   }
   EXPECT_FALSE(exists(pid_file.c_str()));
   EXPECT_FALSE(exists(kSessionSocket));
-  EXPECT_EQ(run({sessiond(), "--bogus"}).code, 2);
+  EXPECT_EQ(run({kSessiond, "--bogus"}).code, 2);
 }
 
 }  // namespace

@@ -141,16 +141,6 @@ Outcome run(std::vector<std::string> argv) {
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), child.output()};
 }
 
-std::string mappingd() {
-  return TESSERA_KIT_MAPPINGD;
-}
-std::string sessiond() {
-  return TESSERA_KIT_SESSIOND;
-}
-std::string client() {
-  return TESSERA_KIT_CLIENT;
-}
-
 bool wait_for_socket(const char *socket, std::chrono::milliseconds limit) {
   const auto deadline = std::chrono::steady_clock::now() + limit;
   sockaddr_un address{};

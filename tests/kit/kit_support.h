@@ -85,9 +85,9 @@ struct Outcome {
 Outcome run(std::vector<std::string> argv);
 
 // Paths of the kit's programs, as built.
-std::string mappingd();
-std::string sessiond();
-std::string client();
+inline const std::string kMappingd = TESSERA_KIT_MAPPINGD;
+inline const std::string kSessiond = TESSERA_KIT_SESSIOND;
+inline const std::string kClient = TESSERA_KIT_CLIENT;
 
 // A daemon of the kit in the foreground, serving `socket` once it is listening.
 class Daemon {

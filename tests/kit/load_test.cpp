@@ -26,7 +26,7 @@ class Load : public ::testing::Test {
     if (!tessera::test::in_private_namespace()) {
       GTEST_SKIP() << "needs the private mount namespace: run it through ctest or tools/ns-run";
     }
-    mapping = std::make_unique<Daemon>(mappingd(), kMappingSocket);
+    mapping = std::make_unique<Daemon>(kMappingd, kMappingSocket);
   }
 
   // Client c's properties: the even ones belong to the mapping daemon, the odd ones to the store.
@@ -45,7 +45,7 @@ class Load : public ::testing::Test {
   static std::vector<std::unique_ptr<Child>> start(int clients, int count, bool retry) {
     std::vector<std::unique_ptr<Child>> children;
     for (int c = 0; c < clients; ++c) {
-      std::vector<std::string> argv{client(), "load", prefix(c), std::to_string(count)};
+      std::vector<std::string> argv{kClient, "load", prefix(c), std::to_string(count)};
       if (retry) {
         argv.push_back("retry");
       }
