@@ -25,7 +25,7 @@ void BM_PropertyOperations(benchmark::State &state, const char *mode) {
   for (auto _ : state) {
     std::vector<std::unique_ptr<Child>> children;
     for (int c = 0; c < clients; ++c) {
-      std::vector<std::string> argv{client(), "load", "bench.c" + std::to_string(c),
+      std::vector<std::string> argv{kClient, "load", "bench.c" + std::to_string(c),
                                     std::to_string(kCount)};
       if (mode[0] != '\0') {
         argv.emplace_back(mode);
@@ -66,7 +66,7 @@ int main(int argc, char **argv) {
     }
   }
   tessera_store_commit();
-  Daemon mapping(mappingd(), tessera::orb_cfg::kMappingSocketPath);
+  Daemon mapping(kMappingd, tessera::orb_cfg::kMappingSocketPath);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

@@ -5,10 +5,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
-
-#include <gtest/gtest.h>
 
 namespace tessera::test {
 namespace {
@@ -26,31 +23,7 @@ std::vector<std::string> command_line() {
 
 }  // namespace
 
-Scratch::Scratch() {
-  std::string pattern = std::filesystem::temp_directory_path() / "tessera-cli-XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) {
-    ADD_FAILURE() << "no scratch directory";
-  }
-  path_ = pattern;
-}
-
-Scratch::~Scratch() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::string Scratch::write(const std::string &name, const std::string &text) const {
-  std::ofstream(file(name), std::ios::binary) << text;
-  return file(name);
-}
-
-std::string Scratch::read(const std::string &name) const {
-  std::ifstream in(file(name), std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string &input,
-                         const std::vector<std::string> &env) const {
+Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string &input) const {
   const std::string in_path = write(".stdin", input);
   const std::string out_path = file(".stdout");
   const std::string err_path = file(".stderr");
@@ -67,15 +40,12 @@ Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string
     const int out = open(out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     const int err = open(err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     if (in < 0 || out < 0 || err < 0 || dup2(in, 0) < 0 || dup2(out, 1) < 0 || dup2(err, 2) < 0 ||
-        chdir(path_.c_str()) != 0) {
+        chdir(path().c_str()) != 0) {
       _exit(126);
     }
-    setenv("HOME", path_.c_str(), 1);
+    setenv("HOME", path().c_str(), 1);
     setenv("TESSERA_STORE_DB", file("store.db").c_str(), 1);
     setenv("TESSERA_SIM_DIR", file("sim").c_str(), 1);
-    for (const auto &entry : env) {
-      putenv(const_cast<char *>(entry.c_str()));
-    }
     execvp(argv[0], argv.data());
     _exit(127);
   }

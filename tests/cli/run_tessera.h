@@ -2,9 +2,10 @@
 // what it printed and its exit status.
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
+
+#include "scratch.h"
 
 namespace tessera::test {
 
@@ -14,28 +15,20 @@ struct Outcome {
   std::string err;
 };
 
-// A temporary directory, removed with everything in it at the end of the test. Runs of
-// `tessera` take it as their HOME, so that nothing reaches the user's own store.
-class Scratch {
+// A scratch directory whose runs of `tessera` take it as their HOME, so that nothing reaches the
+// user's own store.
+class Scratch : public ScratchDir {
  public:
-  Scratch();
-  ~Scratch();
-  Scratch(const Scratch &) = delete;
-  Scratch &operator=(const Scratch &) = delete;
-
-  [[nodiscard]] const std::filesystem::path &path() const { return path_; }
-  [[nodiscard]] std::string file(const std::string &name) const { return path_ / name; }
   // Writes `text` to the file `name` in the directory and returns its path.
-  std::string write(const std::string &name, const std::string &text) const;
-  [[nodiscard]] std::string read(const std::string &name) const;
+  std::string write(const std::string &name, const std::string &text) const {
+    write_file(file(name), text);
+    return file(name);
+  }
+  [[nodiscard]] std::string read(const std::string &name) const { return read_file(file(name)); }
 
   // Runs tessera with `args`, `input` on its standard input, and HOME, TESSERA_STORE_DB and
-  // TESSERA_SIM_DIR in this directory; `env` adds NAME=VALUE entries.
-  Outcome tessera(const std::vector<std::string> &args, const std::string &input = "",
-                  const std::vector<std::string> &env = {}) const;
-
- private:
-  std::filesystem::path path_;
+  // TESSERA_SIM_DIR in this directory.
+  Outcome tessera(const std::vector<std::string> &args, const std::string &input = "") const;
 };
 
 }  // namespace tessera::test

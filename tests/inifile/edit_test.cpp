@@ -42,7 +42,8 @@ TEST_F(InifileEdit, NullAndWrongTaggedHandlesGiveTheFailureResultSilently) {
     EXPECT_EQ(inifileGetSectionByName(document, "a"), nullptr);
     EXPECT_EQ(inifileGetKeyValueByName(document, "a", "k1"), nullptr);
     EXPECT_EQ(inifileAddNewSection(document, "n"), nullptr);
-    EXPECT_EQ(inifileSave(document, (scratch() + "/out.ini").c_str()), document == nullptr ? 2 : 4);
+    EXPECT_EQ(inifileSave(document, scratch().file("out.ini").c_str()),
+              document == nullptr ? 2 : 4);
     EXPECT_EQ(inifileClose(document), document == nullptr ? 2 : 4);
   }
   for (InifileSection *section : {static_cast<InifileSection *>(nullptr), key_as_section}) {

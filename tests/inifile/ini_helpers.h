@@ -3,16 +3,11 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
 
-#include <unistd.h>
-
+#include "scratch.h"
 #include "tessera/inifile.h"
 
 namespace tessera::test {
@@ -23,35 +18,21 @@ struct Closer {
 using Document = std::unique_ptr<InifileDocument, Closer>;
 
 // A folder of this process for the files of its tests.
-inline const std::string &scratch() {
-  static const std::string dir = [] {
-    std::string pattern = "/tmp/inifile_test.XXXXXX";
-    if (::mkdtemp(pattern.data()) == nullptr) {
-      std::abort();
-    }
-    return pattern;
-  }();
-  // Registered after `dir` is made, so that it runs before `dir` goes.
-  [[maybe_unused]] static const int cleanup =
-      std::atexit([] { std::filesystem::remove_all(scratch()); });
+inline const ScratchDir &scratch() {
+  static const ScratchDir dir;
   return dir;
 }
 
-inline std::string write_file(std::string_view bytes, const std::string &name = "in.ini") {
-  const std::string path = scratch() + "/" + name;
-  std::ofstream(path, std::ios::binary) << bytes;
-  return path;
-}
-
-inline std::string read_file(const std::string &path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
+// Writes `bytes` to the file `name` of that folder and returns its path.
+inline std::string ini_file(std::string_view bytes, const std::string &name = "in.ini") {
+  write_file(scratch().file(name), bytes);
+  return scratch().file(name);
 }
 
 // Reads `bytes` as a file; the status goes to `status` when given.
 inline Document parse(std::string_view bytes, int32_t *status = nullptr) {
   InifileDocument *document = nullptr;
-  const int32_t result = inifileOpen(write_file(bytes).c_str(), &document);
+  const int32_t result = inifileOpen(ini_file(bytes).c_str(), &document);
   if (status != nullptr) {
     *status = result;
   }

@@ -76,14 +76,14 @@ TEST(InifileOpen, RefusesBadArgumentsAndUnreadableFiles) {
   InifileDocument *document = reinterpret_cast<InifileDocument *>(&document);
   EXPECT_EQ(inifileOpen(nullptr, &document), 1);
   EXPECT_EQ(document, nullptr);
-  EXPECT_EQ(inifileOpen(write_file("[s]\n").c_str(), nullptr), 1);
-  EXPECT_EQ(inifileOpen((scratch() + "/missing.ini").c_str(), &document), 1);
+  EXPECT_EQ(inifileOpen(ini_file("[s]\n").c_str(), nullptr), 1);
+  EXPECT_EQ(inifileOpen(scratch().file("missing.ini").c_str(), &document), 1);
   EXPECT_EQ(document, nullptr);
 
   // 256 characters are accepted, 257 refused even though the file exists.
-  const std::size_t room = 256 - scratch().size() - 1;
-  const std::string path256 = write_file("[s]\n", std::string(room, 'p'));
-  const std::string path257 = write_file("[s]\n", std::string(room + 1, 'p'));
+  const std::size_t room = 256 - scratch().path().size() - 1;
+  const std::string path256 = ini_file("[s]\n", std::string(room, 'p'));
+  const std::string path257 = ini_file("[s]\n", std::string(room + 1, 'p'));
   ASSERT_EQ(path256.size(), 256U);
   EXPECT_EQ(inifileOpen(path256.c_str(), &document), 0);
   EXPECT_EQ(dump(document), "[s]@1\n");
@@ -93,7 +93,7 @@ TEST(InifileOpen, RefusesBadArgumentsAndUnreadableFiles) {
 }
 
 TEST(InifileOpen, OutOfMemoryForTheLineBufferOrDocumentGives3) {
-  const std::string path = write_file("[s]\nk=v\n");
+  const std::string path = ini_file("[s]\nk=v\n");
   for (uint32_t n : {1U, 2U}) {
     FailNthAllocation fail(n);
     InifileDocument *document = reinterpret_cast<InifileDocument *>(&document);

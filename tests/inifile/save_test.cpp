@@ -9,7 +9,7 @@ namespace tessera::test {
 namespace {
 
 std::string saved(InifileDocument *document) {
-  const std::string path = scratch() + "/saved.ini";
+  const std::string path = scratch().file("saved.ini");
   EXPECT_EQ(inifileSave(document, path.c_str()), 0);
   return read_file(path);
 }
@@ -48,8 +48,8 @@ TEST(InifileSave, ReadAndSavedKeepsSectionsKeysAndValuesOnly) {
 
 TEST(InifileSave, AFileThatCannotBeWrittenGives11) {
   Document document(inifileCreate());
-  EXPECT_EQ(inifileSave(document.get(), (scratch() + "/no/such/dir.ini").c_str()), 11);
-  EXPECT_EQ(inifileSave(document.get(), scratch().c_str()), 11);
+  EXPECT_EQ(inifileSave(document.get(), scratch().file("no/such/dir.ini").c_str()), 11);
+  EXPECT_EQ(inifileSave(document.get(), scratch().path().c_str()), 11);
   EXPECT_EQ(inifileSave(document.get(), nullptr), 11);
 }
 

@@ -10,21 +10,16 @@ namespace {
 
 TEST(InifileShared, ReadsEditsSavesAndReadsBack) {
   InifileDocument *document = nullptr;
-  ASSERT_EQ(inifileOpen(write_file("[s]\nk = v\n").c_str(), &document), 0);
+  ASSERT_EQ(inifileOpen(ini_file("[s]\nk = v\n").c_str(), &document), 0);
   EXPECT_STREQ(inifileGetKeyValueByName(document, "s", "k"), "v");
   EXPECT_EQ(inifileSetKeyValueByName(document, "t", "n", "1"), 0);
   InifileSection *first = inifileGetSection(document, 0);
   EXPECT_EQ(inifileRemoveKey(first, inifileGetKey(first, 0)), 0);
-  const std::string path = scratch() + "/shared.ini";
+  const std::string path = scratch().file("shared.ini");
   EXPECT_EQ(inifileSave(document, path.c_str()), 0);
   EXPECT_EQ(inifileClose(document), 0);
   EXPECT_EQ(read_file(path), "[s]\n\n[t]\nn=1\n");
 
-  InifileDocument *created = inifileCreate();
-  InifileSection *section = inifileAddNewSection(created, "x");
-  EXPECT_EQ(inifileClose(reinterpret_cast<InifileDocument *>(section)), 4);
-  EXPECT_EQ(inifileGetKeyName(reinterpret_cast<InifileKey *>(section)), nullptr);
-  EXPECT_EQ(inifileClose(created), 0);
   EXPECT_EQ(inifileClose(nullptr), 2);
 }
 

@@ -11,26 +11,17 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
 namespace tessera::kit::test {
 
 ScratchStore::ScratchStore() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "tessera-kit-XXXXXX").string();
-  if (::mkdtemp(pattern.data()) == nullptr) {
-    throw std::runtime_error("mkdtemp failed");
-  }
-  dir_ = pattern;
-  path_ = dir_ + "/store.db";
-  ::setenv("TESSERA_STORE_DB", path_.c_str(), 1);
+  ::setenv("TESSERA_STORE_DB", path().c_str(), 1);
 }
 
 ScratchStore::~ScratchStore() {
   ::unsetenv("TESSERA_STORE_DB");
-  std::error_code ignored;
-  std::filesystem::remove_all(dir_, ignored);
 }
 
 namespace {
@@ -53,7 +44,6 @@ Orb load_orb() {
   resolve(library, "orb_config_get_int", orb.get_int);
   resolve(library, "orb_config_get_str", orb.get_str);
   resolve(library, "orb_config_get_str_n", orb.get_str_n);
-  resolve(library, "orb_config_set_bool", orb.set_bool);
   resolve(library, "orb_config_set_int", orb.set_int);
   resolve(library, "orb_config_set_str", orb.set_str);
   resolve(library, "orb_config_set_str_n", orb.set_str_n);
@@ -149,16 +139,6 @@ Outcome run(std::vector<std::string> argv) {
   Child child(std::move(argv));
   const int status = child.wait();
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), child.output()};
-}
-
-std::string mappingd() {
-  return TESSERA_KIT_MAPPINGD;
-}
-std::string sessiond() {
-  return TESSERA_KIT_SESSIOND;
-}
-std::string client() {
-  return TESSERA_KIT_CLIENT;
 }
 
 bool wait_for_socket(const char *socket, std::chrono::milliseconds limit) {

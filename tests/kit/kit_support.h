@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "scratch.h"
 #include "tessera/store_client.h"
 #include "tessera_store.h"
 
@@ -22,11 +23,10 @@ class ScratchStore {
   ~ScratchStore();
   ScratchStore(const ScratchStore &) = delete;
   ScratchStore &operator=(const ScratchStore &) = delete;
-  const std::string &path() const { return path_; }
+  std::string path() const { return dir_.file("store.db"); }
 
  private:
-  std::string dir_;
-  std::string path_;
+  tessera::test::ScratchDir dir_;
 };
 
 // The orb_* functions of libtessera-store.so itself. A test program defines its own in-memory
@@ -36,7 +36,6 @@ struct Orb {
   decltype(&orb_config_get_int) get_int;
   decltype(&orb_config_get_str) get_str;
   decltype(&orb_config_get_str_n) get_str_n;
-  decltype(&orb_config_set_bool) set_bool;
   decltype(&orb_config_set_int) set_int;
   decltype(&orb_config_set_str) set_str;
   decltype(&orb_config_set_str_n) set_str_n;
@@ -86,9 +85,9 @@ struct Outcome {
 Outcome run(std::vector<std::string> argv);
 
 // Paths of the kit's programs, as built.
-std::string mappingd();
-std::string sessiond();
-std::string client();
+inline const std::string kMappingd = TESSERA_KIT_MAPPINGD;
+inline const std::string kSessiond = TESSERA_KIT_SESSIOND;
+inline const std::string kClient = TESSERA_KIT_CLIENT;
 
 // A daemon of the kit in the foreground, serving `socket` once it is listening.
 class Daemon {
@@ -97,7 +96,6 @@ class Daemon {
   ~Daemon();  // SIGTERM, then waits
   Daemon(const Daemon &) = delete;
   Daemon &operator=(const Daemon &) = delete;
-  Child &process() { return *child_; }
   // Stops it with `number` and returns its wait status.
   int stop(int number);
   void restart();

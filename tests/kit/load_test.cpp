@@ -1,5 +1,5 @@
 // Many client processes at once through the daemons and the store, and the mapping daemon killed
-// in the middle of that.
+// in the middle of that. The throughput is bench_kit's to report.
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -26,7 +26,7 @@ class Load : public ::testing::Test {
     if (!tessera::test::in_private_namespace()) {
       GTEST_SKIP() << "needs the private mount namespace: run it through ctest or tools/ns-run";
     }
-    mapping = std::make_unique<Daemon>(mappingd(), kMappingSocket);
+    mapping = std::make_unique<Daemon>(kMappingd, kMappingSocket);
   }
 
   // Client c's properties: the even ones belong to the mapping daemon, the odd ones to the store.
@@ -45,7 +45,7 @@ class Load : public ::testing::Test {
   static std::vector<std::unique_ptr<Child>> start(int clients, int count, bool retry) {
     std::vector<std::unique_ptr<Child>> children;
     for (int c = 0; c < clients; ++c) {
-      std::vector<std::string> argv{client(), "load", prefix(c), std::to_string(count)};
+      std::vector<std::string> argv{kClient, "load", prefix(c), std::to_string(count)};
       if (retry) {
         argv.push_back("retry");
       }
@@ -80,7 +80,6 @@ TEST_F(Load, EightClientsEachWriteAndReadBackAThousandProperties) {
   constexpr int kClients = 8;
   constexpr int kCount = 1000;
   own_half(kClients, kCount);
-  const auto begin = std::chrono::steady_clock::now();
   auto children = start(kClients, kCount, false);
   long ops = 0;
   for (auto &child : children) {
@@ -89,12 +88,7 @@ TEST_F(Load, EightClientsEachWriteAndReadBackAThousandProperties) {
     std::sscanf(child->output().c_str(), "halfway\nops %ld", &client_ops);
     ops += client_ops;
   }
-  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
   EXPECT_EQ(ops, kClients * kCount * 3L) << "a write and two reads per property";
-  std::printf("%ld property operations by %d clients in %.2f s: %.0f per second\n", ops, kClients,
-              took.count(), static_cast<double>(ops) / took.count());
-  RecordProperty("operations_per_second",
-                 static_cast<int>(static_cast<double>(ops) / took.count()));
   expect_all_there(kClients, kCount);
 }
 

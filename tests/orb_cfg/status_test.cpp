@@ -76,9 +76,7 @@ TEST(Ipv6ExtendedAddrDisplay, ShowsAnUnspecifiedAddressAsTwoColons) {
       {"fe80::1/64", "fe80::1/64"}, {"::1/128", "::1/128"}, {":::", ":::"},
       // Longer than the 47 + 7 characters a network record field holds.
       {long_address + "/64", long_address + "/64"},
-      {"::/" + long_prefix, "::"},
       {"/" + long_prefix, "::"},
-      {long_address + "/" + long_prefix, long_address + "/" + long_prefix},
       {std::string(47, 'a') + "/1234567", std::string(47, 'a') + "/1234567"},
   };
   // clang-format on
@@ -151,7 +149,6 @@ TEST(InitPowerSupply, CountsSupplySensorsAndNotesTheirIndexes) {
       {"d, e, t", {{5, 'd'}, {6, 'e'}, {7, 't'}}, 3, {{one, 5}, {two, 6}, {red, 7}, {max, 2}}},
       {"two e", {{5, 'e'}, {200, 'e'}}, 2, {{two, 5}, {two, 200}, {max, 2}}},
       {"other kinds", {{1, 'x'}, {2, 'D'}, {3, 'd'}}, 3, {{one, 3}, {max, 1}}},
-      {"empty list", {}, 0, {{max, 0}}},
       {"length 0", {{5, 'd'}}, 0, {{max, 0}}},
       {"negative length", {{5, 'd'}}, 0x80000000U, {{max, 0}}},
       {"first ends", {{5, 'd', 0}}, 1, {{max, 0}}},

@@ -53,12 +53,9 @@ std::size_t CaptureSink::assertions() const { return count(kAssertFormat); }
 
 void CaptureSink::add(int32_t level, int32_t facility, const char *format, std::string text) {
   Report report{.level = level, .facility = facility, .format = format, .text = std::move(text)};
-  static const std::regex prefix(R"(^(ERROR|DEBUG): ([^ ]*) \[(-?[0-9]+)\]: )");
+  static const std::regex prefix(R"(^(ERROR|DEBUG): [^ ]* \[-?[0-9]+\]: )");
   std::smatch match;
   if (std::regex_search(report.text, match, prefix)) {
-    report.kind = match[1];
-    report.file = match[2];
-    report.line = std::stoi(match[3]);
     report.message = match.suffix();
   }
   std::lock_guard lock(mutex_);

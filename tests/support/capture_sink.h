@@ -15,11 +15,7 @@ struct Report {
   int32_t facility = 0;
   std::string format;   // as passed, e.g. "DEBUG: %s [%d]: prop_type = %d\n"
   std::string text;     // formatted
-  // The text split at its prefix "ERROR: file [line]: " or "DEBUG: file [line]: ".
-  std::string kind;     // "ERROR" or "DEBUG", empty when the text has no such prefix
-  std::string file;
-  int line = 0;
-  std::string message;  // what follows the prefix, line feed included
+  std::string message;  // what follows "ERROR: file [line]: " or "DEBUG: file [line]: "
 };
 
 class CaptureSink {

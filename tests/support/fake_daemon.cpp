@@ -6,8 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -43,14 +41,6 @@ std::string field(const Bytes &message, std::size_t offset, std::size_t width) {
 std::string name(const Bytes &message) { return field(message, kName, kNameSize); }
 std::string value(const Bytes &message) { return field(message, kValue, kValueSize); }
 
-uint32_t u32(const Bytes &message, std::size_t offset) {
-  uint32_t number = 0;
-  if (message.size() >= offset + sizeof number) {
-    std::memcpy(&number, message.data() + offset, sizeof number);
-  }
-  return number;
-}
-
 }  // namespace daemon_message
 
 bool in_private_namespace() {
@@ -71,7 +61,7 @@ FakeDaemon::FakeDaemon(const char *path) : path_(path) {
   ::unlink(path);
   if (listener_ < 0 ||
       ::bind(listener_, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
-      ::listen(listener_, 128) != 0 || ::pipe2(wake_, O_CLOEXEC) != 0) {
+      ::listen(listener_, 128) != 0) {
     std::fprintf(stderr, "FakeDaemon: cannot serve %s: %s\n", path, std::strerror(errno));
     std::abort();
   }
@@ -79,12 +69,9 @@ FakeDaemon::FakeDaemon(const char *path) : path_(path) {
 }
 
 FakeDaemon::~FakeDaemon() {
-  const char stop = 1;
-  (void)!::write(wake_[1], &stop, 1);
+  ::shutdown(listener_, SHUT_RDWR);  // the accept below then fails with EINVAL
   thread_.join();
   ::close(listener_);
-  ::close(wake_[0]);
-  ::close(wake_[1]);
   ::unlink(path_.c_str());
 }
 
@@ -109,22 +96,12 @@ std::size_t FakeDaemon::request_count() const {
 
 void FakeDaemon::serve() {
   for (;;) {
-    pollfd fds[2] = {{listener_, POLLIN, 0}, {wake_[0], POLLIN, 0}};
-    if (::poll(fds, 2, -1) < 0) {
-      if (errno == EINTR) {
-        continue;
-      }
+    const int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (connection >= 0) {
+      answer(connection);
+      ::close(connection);
+    } else if (errno == EINVAL) {
       return;
-    }
-    if ((fds[1].revents & POLLIN) != 0) {
-      return;
-    }
-    if ((fds[0].revents & POLLIN) != 0) {
-      const int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-      if (connection >= 0) {
-        answer(connection);
-        ::close(connection);
-      }
     }
   }
 }

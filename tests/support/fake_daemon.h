@@ -4,7 +4,6 @@
 // runs inside the private mount namespace that tools/ns-run sets up for such tests.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -39,7 +38,6 @@ Bytes refusal(uint32_t status);
 // Fields of a message, read within their bounds.
 std::string name(const Bytes &message);
 std::string value(const Bytes &message);
-uint32_t u32(const Bytes &message, std::size_t offset);
 }  // namespace daemon_message
 
 // True inside the namespace of tools/ns-run, where the daemon sockets are ours to bind.
@@ -70,7 +68,6 @@ class FakeDaemon {
 
   std::string path_;
   int listener_ = -1;
-  int wake_[2] = {-1, -1};
   mutable std::mutex mutex_;
   Handler handler_;
   std::vector<Bytes> requests_;

@@ -10,10 +10,9 @@ namespace {
 
 // Failure sense of each store function: 0 for the ones whose success is non-zero.
 int32_t default_failure(const std::string &function) {
-  const bool zero_is_success = function == "orb_session_get_children_info" ||
-                               function == "orb_session_get_type_info" ||
-                               function == "orb_function_execute" ||
-                               function == "orb_event_occurred";
+  const bool zero_is_success =
+      function == "orb_session_get_children_info" || function == "orb_session_get_type_info" ||
+      function == "orb_function_execute" || function == "orb_event_occurred";
   return zero_is_success ? -1 : 0;
 }
 
@@ -82,11 +81,6 @@ std::optional<FakeStore::Value> FakeStore::value(const std::string &key) const {
   return it == values_.end() ? std::nullopt : std::optional<Value>(it->second);
 }
 
-std::size_t FakeStore::value_count() const {
-  std::lock_guard lock(mutex_);
-  return values_.size();
-}
-
 void FakeStore::fail(const std::string &function, std::optional<int32_t> result) {
   std::lock_guard lock(mutex_);
   failures_[function] = result.value_or(default_failure(function));
@@ -150,10 +144,12 @@ std::optional<int32_t> FakeStore::failure(const std::string &function,
   return std::nullopt;
 }
 
-void FakeStore::record(StoreCall call) { calls_.push_back(std::move(call)); }
+void FakeStore::record(StoreCall call) {
+  calls_.push_back(std::move(call));
+}
 
-int32_t FakeStore::get_value(const char *function, const char *key, Value *out,
-                             const void *buffer, uint32_t capacity) {
+int32_t FakeStore::get_value(const char *function, const char *key, Value *out, const void *buffer,
+                             uint32_t capacity) {
   std::lock_guard lock(mutex_);
   const std::string name = key != nullptr ? key : "";
   record({.function = function, .name = name, .capacity = capacity, .output = buffer});
@@ -168,17 +164,15 @@ int32_t FakeStore::get_value(const char *function, const char *key, Value *out,
   return 1;
 }
 
-int32_t FakeStore::set_value(const char *function, const char *key, Value value, int32_t flag,
-                             const char *text) {
+int32_t FakeStore::set_value(const char *function, const char *key, Value value, int32_t flag) {
   std::lock_guard lock(mutex_);
   const std::string name = key != nullptr ? key : "";
   StoreCall call{.function = function, .name = name, .flag = flag};
-  if (text != nullptr) {
-    call.text = text;
-  } else if (const auto *number = std::get_if<int32_t>(&value)) {
-    call.value = *number;
-  } else if (const auto *flag_value = std::get_if<bool>(&value)) {
-    call.value = *flag_value ? 1 : 0;
+  if (const auto *text = std::get_if<std::string>(&value)) {
+    call.text = *text;
+  } else {
+    call.value =
+        std::holds_alternative<bool>(value) ? std::get<bool>(value) : std::get<int32_t>(value);
   }
   record(std::move(call));
   if (auto failed = failure(function, name)) {
@@ -207,8 +201,8 @@ int32_t FakeStore::session_list(const char *function, const std::string &name, u
                                 int32_t *count, uint32_t *ids) {
   std::lock_guard lock(mutex_);
   const int32_t capacity = count != nullptr ? *count : 0;
-  record({.function = function, .name = name, .value = session, .count_in = capacity,
-          .output = ids});
+  record(
+      {.function = function, .name = name, .value = session, .count_in = capacity, .output = ids});
   const std::string failure_name = name.empty() ? std::to_string(session) : name;
   if (auto failed = failure(function, failure_name)) {
     return *failed;
@@ -231,8 +225,8 @@ int32_t FakeStore::session_list(const char *function, const std::string &name, u
     }
   }
   // Fill at most the capacity passed in; hand back how many there are.
-  const auto filled = std::min<std::size_t>(found.size(), static_cast<std::size_t>(
-                                                              std::max<int32_t>(capacity, 0)));
+  const auto filled =
+      std::min<std::size_t>(found.size(), static_cast<std::size_t>(std::max<int32_t>(capacity, 0)));
   if (ids != nullptr) {
     std::copy_n(found.begin(), filled, ids);
   }
@@ -242,13 +236,15 @@ int32_t FakeStore::session_list(const char *function, const std::string &name, u
   return 0;
 }
 
-int32_t FakeStore::execute(const char *name, uint32_t *length, const void *input,
-                           uint32_t capacity, void *output) {
+int32_t FakeStore::execute(const char *name, uint32_t *length, const void *input, uint32_t capacity,
+                           void *output) {
   RemoteFunction function;
   {
     std::lock_guard lock(mutex_);
-    StoreCall call{.function = "orb_function_execute", .name = name != nullptr ? name : "",
-                   .capacity = capacity, .output = output};
+    StoreCall call{.function = "orb_function_execute",
+                   .name = name != nullptr ? name : "",
+                   .capacity = capacity,
+                   .output = output};
     if (length != nullptr) {
       call.length_in = *length;
     }
@@ -287,65 +283,65 @@ int32_t FakeStore::event(const char *name, int32_t arg1, int32_t arg2) {
 
 using tessera::test::FakeStore;
 
-extern "C" {
+namespace {
 
-int32_t orb_config_get_bool(const char *key, uint8_t *value) {
-  FakeStore::Value out = false;
-  const int32_t result = FakeStore::instance().get_value(__func__, key, &out, value);
-  if (result != 0 && value != nullptr) {
-    *value = std::get<bool>(out) ? 1 : 0;
+// Reads `key` as a value of type T and, when found, hands it to `deliver`.
+template <class T, class Deliver>
+int32_t get_typed(const char *function, const char *key, const void *buffer, uint32_t capacity,
+                  Deliver deliver) {
+  FakeStore::Value out = T{};
+  const int32_t result = FakeStore::instance().get_value(function, key, &out, buffer, capacity);
+  if (result != 0 && buffer != nullptr) {
+    deliver(std::get<T>(out));
   }
   return result;
 }
 
+}  // namespace
+
+extern "C" {
+
+int32_t orb_config_get_bool(const char *key, uint8_t *value) {
+  return get_typed<bool>(__func__, key, value, 0, [value](bool flag) { *value = flag ? 1 : 0; });
+}
+
 int32_t orb_config_get_int(const char *key, int32_t *value) {
-  FakeStore::Value out = int32_t{0};
-  const int32_t result = FakeStore::instance().get_value(__func__, key, &out, value);
-  if (result != 0 && value != nullptr) {
-    *value = std::get<int32_t>(out);
-  }
-  return result;
+  return get_typed<int32_t>(__func__, key, value, 0, [value](int32_t number) { *value = number; });
 }
 
 // No capacity: the caller's buffer must hold the value as stored.
 int32_t orb_config_get_str(const char *key, char *value) {
-  FakeStore::Value out = std::string();
-  const int32_t result = FakeStore::instance().get_value(__func__, key, &out, value);
-  if (result != 0 && value != nullptr) {
-    const auto &text = std::get<std::string>(out);
+  return get_typed<std::string>(__func__, key, value, 0, [value](const std::string &text) {
     std::memcpy(value, text.c_str(), text.size() + 1);
-  }
-  return result;
+  });
 }
 
 int32_t orb_config_get_str_n(const char *key, char *value, uint32_t capacity) {
-  FakeStore::Value out = std::string();
-  const int32_t result = FakeStore::instance().get_value(__func__, key, &out, value, capacity);
-  if (result != 0 && value != nullptr && capacity > 0) {
-    const auto &text = std::get<std::string>(out);
-    const std::size_t n = std::min<std::size_t>(text.size(), capacity - 1);
-    std::memcpy(value, text.data(), n);
-    value[n] = '\0';
-  }
-  return result;
+  return get_typed<std::string>(__func__, key, value, capacity, [&](const std::string &text) {
+    if (capacity > 0) {
+      const std::size_t n = std::min<std::size_t>(text.size(), capacity - 1);
+      std::memcpy(value, text.data(), n);
+      value[n] = '\0';
+    }
+  });
 }
 
 int32_t orb_config_set_bool(const char *key, int32_t value, int32_t flag) {
-  return FakeStore::instance().set_value(__func__, key, value != 0, flag, nullptr);
+  return FakeStore::instance().set_value(__func__, key, value != 0, flag);
 }
 
 int32_t orb_config_set_int(const char *key, int32_t value, int32_t flag) {
-  return FakeStore::instance().set_value(__func__, key, value, flag, nullptr);
+  return FakeStore::instance().set_value(__func__, key, value, flag);
 }
 
 int32_t orb_config_set_str(const char *key, const char *value, int32_t flag) {
   return FakeStore::instance().set_value(__func__, key, std::string(value != nullptr ? value : ""),
-                                         flag, value != nullptr ? value : "");
+                                         flag);
 }
 
 int32_t orb_config_set_str_n(const char *key, const char *value, int32_t flag) {
   return FakeStore::instance().set_value(__func__, key, std::string(value != nullptr ? value : ""),
-                                         flag, value != nullptr ? value : "");
+                                         flag);
 }
 
 int32_t orb_session_get_info(uint32_t id, void *record) {

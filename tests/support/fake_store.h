@@ -18,17 +18,17 @@ namespace tessera::test {
 
 // One call that reached the store client, with its arguments as passed.
 struct StoreCall {
-  std::string function;           // "orb_config_set_int", "orb_function_execute", ...
-  std::string name;               // key, session type, remote function or event name
-  std::string text;               // text value of set_str and set_str_n
-  int64_t value = 0;              // value of set_bool and set_int; session id; first event arg
-  int64_t flag = 0;               // third argument of the set calls; second event arg
-  uint32_t capacity = 0;          // capacity of get_str_n and function_execute
-  int32_t count_in = 0;           // count passed in to the session list calls
-  uint32_t length_in = 0;         // length word on entry of function_execute
-  bool input_null = true;         // function_execute got no input buffer
-  std::vector<uint8_t> input;     // the input block of function_execute (length_in bytes)
-  const void *output = nullptr;   // output buffer the caller passed
+  std::string function;          // "orb_config_set_int", "orb_function_execute", ...
+  std::string name;              // key, session type, remote function or event name
+  std::string text;              // text value of set_str and set_str_n
+  int64_t value = 0;             // value of set_bool and set_int; session id; first event arg
+  int64_t flag = 0;              // third argument of the set calls; second event arg
+  uint32_t capacity = 0;         // capacity of get_str_n and function_execute
+  int32_t count_in = 0;          // count passed in to the session list calls
+  uint32_t length_in = 0;        // length word on entry of function_execute
+  bool input_null = true;        // function_execute got no input buffer
+  std::vector<uint8_t> input;    // the input block of function_execute (length_in bytes)
+  const void *output = nullptr;  // output buffer the caller passed
 };
 
 // The session record as the store hands it out: 480 bytes.
@@ -36,11 +36,11 @@ inline constexpr std::size_t kSessionRecordSize = 480;
 using SessionRecord = std::array<uint8_t, kSessionRecordSize>;
 
 struct SessionFields {
-  std::string type;       // keyword at offset 0
-  std::string user;       // offset 68
-  std::string address;    // offset 389
-  uint32_t word = 0;      // offset 456
-  int32_t children = 0;   // offset 464
+  std::string type;      // keyword at offset 0
+  std::string user;      // offset 68
+  std::string address;   // offset 389
+  uint32_t word = 0;     // offset 456
+  int32_t children = 0;  // offset 464
 };
 SessionRecord make_session_record(const SessionFields &fields);
 
@@ -63,7 +63,6 @@ class FakeStore {
   void set_str(const std::string &key, std::string value);
   void erase(const std::string &key);
   [[nodiscard]] std::optional<Value> value(const std::string &key) const;
-  [[nodiscard]] std::size_t value_count() const;
 
   // Failures: every call of `function`, or only those naming `name`, return `result`.
   // Without a result, the function's own failure sense: 0, or -1 for the calls whose success is 0.
@@ -89,8 +88,7 @@ class FakeStore {
   // Entry points of the orb_* functions; not for tests to call.
   int32_t get_value(const char *function, const char *key, Value *out, const void *buffer,
                     uint32_t capacity = 0);
-  int32_t set_value(const char *function, const char *key, Value value, int32_t flag,
-                    const char *text);
+  int32_t set_value(const char *function, const char *key, Value value, int32_t flag);
   int32_t session_info(uint32_t id, void *record);
   int32_t session_list(const char *function, const std::string &name, uint32_t session,
                        int32_t *count, uint32_t *ids);
@@ -110,7 +108,7 @@ class FakeStore {
 
   mutable std::mutex mutex_;
   std::map<std::string, Value> values_;
-  std::map<std::string, int32_t> failures_;             // by function
+  std::map<std::string, int32_t> failures_;  // by function
   std::map<std::string, std::map<std::string, int32_t>> name_failures_;
   std::vector<std::pair<uint32_t, Session>> sessions_;  // in order added
   std::map<std::string, std::vector<uint32_t>> listings_;

@@ -1,14 +1,9 @@
-// Helpers of the operating-system, lock and trace tests: a scratch directory, capture of a file
-// descriptor, standard input from another descriptor, and a body run in a child process.
+// Helpers of the operating-system, lock and trace tests: capture of a file descriptor, standard
+// input from another descriptor, and a body run in a child process.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
 
 #include <fcntl.h>
@@ -16,36 +11,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "scratch.h"
+
 namespace tessera::test {
-
-inline std::string read_file(const std::string &path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-inline void write_file(const std::string &path, const std::string &text) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
-}
-
-// A fresh directory under /tmp, removed with its contents at the end.
-class ScratchDir {
- public:
-  ScratchDir() {
-    char pattern[] = "/tmp/tessera-os-XXXXXX";
-    path_ = ::mkdtemp(pattern);
-  }
-  ~ScratchDir() { static_cast<void>(std::system(("rm -rf '" + path_ + "'").c_str())); }
-  ScratchDir(const ScratchDir &) = delete;
-  ScratchDir &operator=(const ScratchDir &) = delete;
-
-  [[nodiscard]] const std::string &path() const { return path_; }
-  [[nodiscard]] std::string file(const std::string &name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
-};
 
 // While it lives, what is written to `fd` (1 or 2) lands in a scratch file; text() reads it.
 class CaptureFd {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "capture_sink.h"
@@ -52,24 +53,22 @@ TEST(XmlParseTag, CutsTheRawTextBetweenTheFirstStartTagAndTheEndTagBehindIt) {
 }
 
 TEST(XmlParseTag, ReportsAMissingTagAtLevel6AndLeavesTheValue) {
-  for (const char *xml : {"<A>1</A>", "<a x=1>1</a>", ""}) {
+  const std::tuple<const char *, const char *, std::string> cases[] = {
+      {"<A>1</A>", kStartFormat, "Failed to find XML start tag: <a> : <A>1</A>\n"},
+      {"<a x=1>1</a>", kStartFormat, "Failed to find XML start tag: <a> : <a x=1>1</a>\n"},
+      {"</a><a>1", kEndFormat, "Failed to find XML end tag: a : </a><a>1\n"},
+  };
+  for (const auto &[xml, format, message] : cases) {
     CaptureSink::instance().reset();
-    EXPECT_EQ(parse("a", xml).result, 0);
+    const Parsed p = parse("a", xml);
+    EXPECT_EQ(p.result, 0);
+    EXPECT_EQ(p.value, std::string(16, 'x'));
     const auto reports = CaptureSink::instance().reports();
     ASSERT_EQ(reports.size(), 1U);
-    EXPECT_EQ(reports[0].format, kStartFormat);
+    EXPECT_EQ(reports[0].format, format);
     EXPECT_EQ(reports[0].level, 6);
-    EXPECT_EQ(reports[0].message, "Failed to find XML start tag: <a> : " + std::string(xml) + "\n");
+    EXPECT_EQ(reports[0].message, message);
   }
-  CaptureSink::instance().reset();
-  const Parsed p = parse("a", "</a><a>1");
-  EXPECT_EQ(p.result, 0);
-  EXPECT_EQ(p.value, std::string(16, 'x'));
-  const auto reports = CaptureSink::instance().reports();
-  ASSERT_EQ(reports.size(), 1U);
-  EXPECT_EQ(reports[0].format, kEndFormat);
-  EXPECT_EQ(reports[0].level, 6);
-  EXPECT_EQ(reports[0].message, "Failed to find XML end tag: a : </a><a>1\n");
 }
 
 TEST(XmlParseTag, NeedsRoomForTheValueAndItsTerminator) {
