@@ -82,8 +82,8 @@ void trim(std::string &text) {
 
 // What reading back a saved document gives: no sections or keys without a name, no keys that
 // read as comments; a key whose saved line opens with '[' and holds a ']' reads back as the
-// header of a section that takes the keys behind it; a section name cut at 255 characters loses blanks at
-// its end; a value that ends in a carriage return loses it to the line's "\r\n", and then its
+// header of a section that takes the keys behind it, its name trimmed and then cut at 255
+// characters; a section name cut at 255 characters loses blanks at its end; a value that ends in a carriage return loses it to the line's "\r\n", and then its
 // blanks, unless the line fills a whole read of 1279 characters, which leaves the line feed to
 // the next read.
 Model after_save(const Model &model) {
@@ -102,6 +102,7 @@ Model after_save(const Model &model) {
       if (line[0] == '[' && line.find(']') != std::string::npos) {
         std::string name = line.substr(1, line.find(']') - 1);
         trim(name);
+        name.resize(std::min<std::size_t>(name.size(), 255));
         out.push_back(Section{name, {}});
         continue;
       }
