@@ -73,9 +73,18 @@ endfunction()
 # Fuzzing: with clang under AddressSanitizer the harnesses are libFuzzer programs, and all code is
 # built with coverage instrumentation so that they can find their way into it.
 set(TESSERA_LIBFUZZER OFF)
-set(TESSERA_FUZZ_INSTRUMENTED OFF)
 if(TESSERA_BUILD_FUZZ AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND TESSERA_SANITIZE MATCHES "address")
   set(TESSERA_LIBFUZZER ON)
-  set(TESSERA_FUZZ_INSTRUMENTED ON)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
+
+# Adds the folder of each family of the project that has one below the current folder: tests,
+# fuzzers and benchmarks are all kept one folder per family.
+function(tessera_add_family_folders)
+  foreach(family orb_cfg session inifile nvpair objpath xml http string memory system sync trace
+      kit cli)
+    if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${family}/CMakeLists.txt")
+      add_subdirectory(${family})
+    endif()
+  endforeach()
+endfunction()
