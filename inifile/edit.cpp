@@ -23,6 +23,15 @@ bool is_key(const InifileKey *key) noexcept {
   return tag_of(key) == kKeyTag;
 }
 
+// The record `index` links along the chain from `record`, or null past its end.
+template <class Record>
+Record *nth(Record *record, Record *Record::*next, std::uint32_t index) noexcept {
+  for (; record != nullptr && index != 0; --index) {
+    record = record->*next;
+  }
+  return record;
+}
+
 }  // namespace
 
 char *value_field(InifileKey *key) noexcept {
@@ -110,10 +119,7 @@ InifileSection *inifileGetSection(InifileDocument *document, uint32_t index) {
   if (!is_document(document)) {
     return nullptr;
   }
-  InifileSection *section = document->firstSection;
-  for (; section != nullptr && index != 0; --index) {
-    section = section->nextSection;
-  }
+  InifileSection *section = nth(document->firstSection, &InifileSection::nextSection, index);
   if (section == nullptr) {
     REPORT_DEBUG("Status = %d\n", kNoSuchSection);
   }
@@ -144,14 +150,7 @@ uint32_t inifileGetSectionLineNumber(InifileSection *section) {
 }
 
 InifileKey *inifileGetKey(InifileSection *section, uint32_t index) {
-  if (!is_section(section)) {
-    return nullptr;
-  }
-  InifileKey *key = section->firstKey;
-  for (; key != nullptr && index != 0; --index) {
-    key = key->nextKey;
-  }
-  return key;
+  return is_section(section) ? nth(section->firstKey, &InifileKey::nextKey, index) : nullptr;
 }
 
 InifileKey *inifileGetKeyByName(InifileSection *section, const char *name) {
@@ -175,13 +174,12 @@ const char *inifileGetKeyValueByName(InifileDocument *document, const char *sect
   if (keyName == nullptr) {
     return nullptr;
   }
-  InifileKey *key = inifileGetKeyByName(inifileGetSectionByName(document, sectionName), keyName);
-  return key != nullptr ? value_field(key) : nullptr;
+  return inifileGetKeyValue(
+      inifileGetKeyByName(inifileGetSectionByName(document, sectionName), keyName));
 }
 
 InifileSection *inifileAddNewSection(InifileDocument *document, const char *name) {
-  if (document == nullptr || name == nullptr || longer_than(name, kMaxName) ||
-      !is_document(document)) {
+  if (name == nullptr || longer_than(name, kMaxName) || !is_document(document)) {
     return nullptr;
   }
   // The lookup comes first: should the new record be out of reach, the caller still gets a
