@@ -32,8 +32,16 @@ Record *nth(Record *record, Record *Record::*next, std::uint32_t index) noexcept
   return record;
 }
 
-}  // namespace
+// The first record named exactly `name` along the chain from `record`, or null.
+template <class Record>
+Record *named(Record *record, Record *Record::*next, const char *name) noexcept {
+  while (record != nullptr && std::strcmp(record->name(), name) != 0) {
+    record = record->*next;
+  }
+  return record;
+}
 
+// The key's value field, holding its value from now on; the value's address is then stable.
 char *value_field(InifileKey *key) noexcept {
   if (key->value != key->field) {
     std::memcpy(key->field, key->value, std::strlen(key->value) + 1);
@@ -42,6 +50,8 @@ char *value_field(InifileKey *key) noexcept {
   return key->field;
 }
 
+// Records made by editing: one heap block each, line number 0, outside any chain. Null when
+// out of memory.
 InifileSection *new_section(const char *name) noexcept {
   const std::size_t length = std::strlen(name);
   auto *section =
@@ -66,6 +76,7 @@ InifileKey *new_key(const char *name) noexcept {
   return key;
 }
 
+// Appends at the end of the chain, walking it from its head.
 void append_section(InifileDocument *document, InifileSection *section) noexcept {
   InifileSection **link = &document->firstSection;
   while (*link != nullptr) {
@@ -85,6 +96,7 @@ void append_key(InifileSection *section, InifileKey *key) noexcept {
   section->editedKeys += key->ownBlock;
 }
 
+// Copies at most kMaxValue characters of `value` into the key's field.
 void set_value(InifileKey *key, const char *value) noexcept {
   const std::size_t length = ::strnlen(value, kMaxValue);
   std::memcpy(key->field, value, length);
@@ -92,22 +104,11 @@ void set_value(InifileKey *key, const char *value) noexcept {
   key->value = key->field;
 }
 
-InifileSection *find_section(InifileDocument *document, const char *name) noexcept {
-  InifileSection *section = document->firstSection;
-  while (section != nullptr && std::strcmp(section->name(), name) != 0) {
-    section = section->nextSection;
-  }
-  return section;
-}
-
 InifileKey *find_key(InifileSection *section, const char *name) noexcept {
-  InifileKey *key = section->firstKey;
-  while (key != nullptr && std::strcmp(key->name(), name) != 0) {
-    key = key->nextKey;
-  }
-  return key;
+  return named(section->firstKey, &InifileKey::nextKey, name);
 }
 
+}  // namespace
 }  // namespace tessera::inifile
 
 using namespace tessera;
@@ -130,7 +131,7 @@ InifileSection *inifileGetSectionByName(InifileDocument *document, const char *n
   if (!is_document(document) || name == nullptr) {
     return nullptr;
   }
-  InifileSection *section = find_section(document, name);
+  InifileSection *section = named(document->firstSection, &InifileSection::nextSection, name);
   if (section == nullptr) {
     REPORT_DEBUG("Status = %d\n", kNoSuchSection);
   }
