@@ -23,8 +23,25 @@ bool is_key(const InifileKey *key) noexcept {
   return tag_of(key) == kKeyTag;
 }
 
-}  // namespace
+// The record `index` links along the chain from `record`, or null past its end.
+template <class Record>
+Record *nth(Record *record, Record *Record::*next, std::uint32_t index) noexcept {
+  for (; record != nullptr && index != 0; --index) {
+    record = record->*next;
+  }
+  return record;
+}
 
+// The first record named exactly `name` along the chain from `record`, or null.
+template <class Record>
+Record *named(Record *record, Record *Record::*next, const char *name) noexcept {
+  while (record != nullptr && std::strcmp(record->name(), name) != 0) {
+    record = record->*next;
+  }
+  return record;
+}
+
+// The key's value field, holding its value from now on; the value's address is then stable.
 char *value_field(InifileKey *key) noexcept {
   if (key->value != key->field) {
     std::memcpy(key->field, key->value, std::strlen(key->value) + 1);
@@ -33,6 +50,8 @@ char *value_field(InifileKey *key) noexcept {
   return key->field;
 }
 
+// Records made by editing: one heap block each, line number 0, outside any chain. Null when
+// out of memory.
 InifileSection *new_section(const char *name) noexcept {
   const std::size_t length = std::strlen(name);
   auto *section =
@@ -57,6 +76,7 @@ InifileKey *new_key(const char *name) noexcept {
   return key;
 }
 
+// Appends at the end of the chain, walking it from its head.
 void append_section(InifileDocument *document, InifileSection *section) noexcept {
   InifileSection **link = &document->firstSection;
   while (*link != nullptr) {
@@ -76,6 +96,7 @@ void append_key(InifileSection *section, InifileKey *key) noexcept {
   section->editedKeys += key->ownBlock;
 }
 
+// Copies at most kMaxValue characters of `value` into the key's field.
 void set_value(InifileKey *key, const char *value) noexcept {
   const std::size_t length = ::strnlen(value, kMaxValue);
   std::memcpy(key->field, value, length);
@@ -83,22 +104,11 @@ void set_value(InifileKey *key, const char *value) noexcept {
   key->value = key->field;
 }
 
-InifileSection *find_section(InifileDocument *document, const char *name) noexcept {
-  InifileSection *section = document->firstSection;
-  while (section != nullptr && std::strcmp(section->name(), name) != 0) {
-    section = section->nextSection;
-  }
-  return section;
-}
-
 InifileKey *find_key(InifileSection *section, const char *name) noexcept {
-  InifileKey *key = section->firstKey;
-  while (key != nullptr && std::strcmp(key->name(), name) != 0) {
-    key = key->nextKey;
-  }
-  return key;
+  return named(section->firstKey, &InifileKey::nextKey, name);
 }
 
+}  // namespace
 }  // namespace tessera::inifile
 
 using namespace tessera;
@@ -110,10 +120,7 @@ InifileSection *inifileGetSection(InifileDocument *document, uint32_t index) {
   if (!is_document(document)) {
     return nullptr;
   }
-  InifileSection *section = document->firstSection;
-  for (; section != nullptr && index != 0; --index) {
-    section = section->nextSection;
-  }
+  InifileSection *section = nth(document->firstSection, &InifileSection::nextSection, index);
   if (section == nullptr) {
     REPORT_DEBUG("Status = %d\n", kNoSuchSection);
   }
@@ -124,7 +131,7 @@ InifileSection *inifileGetSectionByName(InifileDocument *document, const char *n
   if (!is_document(document) || name == nullptr) {
     return nullptr;
   }
-  InifileSection *section = find_section(document, name);
+  InifileSection *section = named(document->firstSection, &InifileSection::nextSection, name);
   if (section == nullptr) {
     REPORT_DEBUG("Status = %d\n", kNoSuchSection);
   }
@@ -144,14 +151,7 @@ uint32_t inifileGetSectionLineNumber(InifileSection *section) {
 }
 
 InifileKey *inifileGetKey(InifileSection *section, uint32_t index) {
-  if (!is_section(section)) {
-    return nullptr;
-  }
-  InifileKey *key = section->firstKey;
-  for (; key != nullptr && index != 0; --index) {
-    key = key->nextKey;
-  }
-  return key;
+  return is_section(section) ? nth(section->firstKey, &InifileKey::nextKey, index) : nullptr;
 }
 
 InifileKey *inifileGetKeyByName(InifileSection *section, const char *name) {
@@ -175,13 +175,12 @@ const char *inifileGetKeyValueByName(InifileDocument *document, const char *sect
   if (keyName == nullptr) {
     return nullptr;
   }
-  InifileKey *key = inifileGetKeyByName(inifileGetSectionByName(document, sectionName), keyName);
-  return key != nullptr ? value_field(key) : nullptr;
+  return inifileGetKeyValue(
+      inifileGetKeyByName(inifileGetSectionByName(document, sectionName), keyName));
 }
 
 InifileSection *inifileAddNewSection(InifileDocument *document, const char *name) {
-  if (document == nullptr || name == nullptr || longer_than(name, kMaxName) ||
-      !is_document(document)) {
+  if (name == nullptr || longer_than(name, kMaxName) || !is_document(document)) {
     return nullptr;
   }
   // The lookup comes first: should the new record be out of reach, the caller still gets a

@@ -1,5 +1,5 @@
 // INI documents: the memory of their records, the parser, making and freeing a document, and the
-// three text helpers the parser is built on.
+// three text helpers of the C interface.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -107,17 +107,6 @@ void trim(const char *&begin, const char *&end) noexcept {
   }
 }
 
-// Deletes the tabs of text[0, length) in place and gives the new length.
-std::size_t strip_tabs(char *text, std::size_t length) noexcept {
-  char *to = text;
-  for (const char *from = text; from != text + length; ++from) {
-    if (*from != '\t') {
-      *to++ = *from;
-    }
-  }
-  return static_cast<std::size_t>(to - text);
-}
-
 // Builds a document line by line. Each step returns false when reading must stop.
 class Parser {
  public:
@@ -144,7 +133,9 @@ class Parser {
       length = static_cast<std::size_t>(static_cast<const char *>(semicolon) - text);
     }
     if (std::memchr(text, '\t', length) != nullptr) {
-      length = strip_tabs(text, length);
+      text[length] = '\0';
+      inifileStripChar(text, '\t');
+      length = std::strlen(text);
     }
     const char *end = text + length;
     if (length != 0 && text[0] == '[') {

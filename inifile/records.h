@@ -101,25 +101,6 @@ inline std::uint32_t tag_of(const void *handle) noexcept {
   return tag;
 }
 
-// The key's value field, holding its value from now on; the value's address is then stable.
-char *value_field(InifileKey *key) noexcept;
-
-// Records made by editing: one heap block each, line number 0, outside any chain. Null when
-// out of memory.
-InifileSection *new_section(const char *name) noexcept;
-InifileKey *new_key(const char *name) noexcept;
-
-// Appends at the end of the chain, walking it from its head.
-void append_section(InifileDocument *document, InifileSection *section) noexcept;
-void append_key(InifileSection *section, InifileKey *key) noexcept;
-
-// Copies at most kMaxValue characters of `value` into the key's field.
-void set_value(InifileKey *key, const char *value) noexcept;
-
-// The first record with exactly that name, or null.
-InifileSection *find_section(InifileDocument *document, const char *name) noexcept;
-InifileKey *find_key(InifileSection *section, const char *name) noexcept;
-
 // True when `text` has more than `limit` characters; reads no further than it needs.
 bool longer_than(const char *text, std::size_t limit) noexcept;
 

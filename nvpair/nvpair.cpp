@@ -9,10 +9,15 @@
 
 namespace {
 
-constexpr std::string_view kEqualEscape = "#EQU#";
-constexpr std::string_view kCommaEscape = "#CMT#";
-static_assert(kEqualEscape.size() == kCommaEscape.size());
-constexpr std::size_t kEscapeLength = kEqualEscape.size();
+// The separators and their escapes, which are all of one length.
+struct Separator {
+  char character;
+  std::string_view escape;
+};
+constexpr Separator kSeparators[] = {{'=', "#EQU#"}, {',', "#CMT#"}};
+constexpr std::size_t kEscapeLength = 5;
+static_assert(kSeparators[0].escape.size() == kEscapeLength &&
+              kSeparators[1].escape.size() == kEscapeLength);
 
 // The static result of NvPairEscapeSep: at most 1199 characters and the terminator.
 constexpr std::size_t kEscapeBufferSize = 1200;
@@ -81,9 +86,14 @@ uint32_t find_value(const char *list, const char *name, unsigned int size, char 
   }
 }
 
-// Length of the escape of `c`: the escape's for a separator, otherwise 1.
-constexpr std::size_t escaped_length(char c) noexcept {
-  return c == '=' || c == ',' ? kEscapeLength : 1;
+// The separator `c` is, or null.
+constexpr const Separator *separator_of(char c) noexcept {
+  for (const Separator &separator : kSeparators) {
+    if (separator.character == c) {
+      return &separator;
+    }
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -156,17 +166,14 @@ char *NvPairEscapeSep(const char *text) {
   // Whole characters and escapes only, while they fit before the terminator.
   std::size_t used = 0;
   for (const char *p = text; *p != '\0'; ++p) {
-    const std::size_t length = escaped_length(*p);
-    if (used + length >= kEscapeBufferSize) {
+    const Separator *separator = separator_of(*p);
+    const std::string_view piece =
+        separator != nullptr ? separator->escape : std::string_view(p, 1);
+    if (used + piece.size() >= kEscapeBufferSize) {
       break;
     }
-    if (length == 1) {
-      escape_buffer[used] = *p;
-    } else {
-      const std::string_view escape = *p == '=' ? kEqualEscape : kCommaEscape;
-      std::memcpy(escape_buffer + used, escape.data(), length);
-    }
-    used += length;
+    std::memcpy(escape_buffer + used, piece.data(), piece.size());
+    used += piece.size();
   }
   return escape_buffer;
 }
@@ -180,20 +187,22 @@ char *NvPairUnescapeSep(char *text) {
   char *out = text;
   const char *in = text;
   while (*in != '\0') {
+    const Separator *match = nullptr;
     if (*in == '#') {
-      // strncmp stops at the terminator, so a short tail is never read past.
-      if (std::strncmp(in, kEqualEscape.data(), kEscapeLength) == 0) {
-        *out++ = '=';
-        in += kEscapeLength;
-        continue;
-      }
-      if (std::strncmp(in, kCommaEscape.data(), kEscapeLength) == 0) {
-        *out++ = ',';
-        in += kEscapeLength;
-        continue;
+      for (const Separator &separator : kSeparators) {
+        // strncmp stops at the terminator, so a short tail is never read past.
+        if (std::strncmp(in, separator.escape.data(), kEscapeLength) == 0) {
+          match = &separator;
+          break;
+        }
       }
     }
-    *out++ = *in++;
+    if (match != nullptr) {
+      *out++ = match->character;
+      in += kEscapeLength;
+    } else {
+      *out++ = *in++;
+    }
   }
   *out = '\0';
   return text;

@@ -6,6 +6,7 @@
 // pointers, never through the record types.
 #include "tessera/objpath.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -111,14 +112,6 @@ bool has_blank(std::string_view name) noexcept {
   return name.find_first_of(" \t") != std::string_view::npos;
 }
 
-std::size_t count_of(std::string_view text, char c) noexcept {
-  std::size_t count = 0;
-  for (const char each : text) {
-    count += each == c ? 1 : 0;
-  }
-  return count;
-}
-
 }  // namespace
 
 int32_t ObjectPathInit(ObjectPath *path, int32_t size, const char *text) {
@@ -178,7 +171,7 @@ int32_t ObjectPathInit(ObjectPath *path, int32_t size, const char *text) {
   // One pair for every '=' of the key list, counted in 16 bits. A value holding '=' leaves
   // entries over at the end, which take the empty name and value that the text's end gives.
   std::string_view keys = piece_of(tail, dot + 1, tail.size() - dot - 1);
-  const auto pair_count = static_cast<uint16_t>(count_of(keys, '='));
+  const auto pair_count = static_cast<uint16_t>(std::count(keys.begin(), keys.end(), '='));
   store(base + offsetof(ObjectPath, pairCount), pair_count);
   unsigned char *table = area.reserve(std::size_t{pair_count} * sizeof(ObjectPathPair));
   if (table == nullptr) {

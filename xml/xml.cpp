@@ -44,8 +44,7 @@ int32_t XmlParseTag(const char *tag, const char *xml, char *value, unsigned int 
   const std::string_view name(tag, tag_length);
 
   char start_tag[kTagBufferSize];
-  format_tag(start_tag, "<", name);
-  const char *found = std::strstr(xml, start_tag);
+  const char *found = std::strstr(xml, format_tag(start_tag, "<", name));
   if (found == nullptr) {
     REPORT_DETAIL("Failed to find XML start tag: %s : %s\n", start_tag, xml);
     return 0;
@@ -53,8 +52,7 @@ int32_t XmlParseTag(const char *tag, const char *xml, char *value, unsigned int 
   const char *start = found + std::strlen(start_tag);
 
   char end_tag[kTagBufferSize];
-  format_tag(end_tag, "</", name);
-  const char *end = std::strstr(start, end_tag);
+  const char *end = std::strstr(start, format_tag(end_tag, "</", name));
   if (end == nullptr) {
     REPORT_DETAIL("Failed to find XML end tag: %s : %s\n", tag, xml);
     return 0;

@@ -6,15 +6,13 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include <ini.h>
 #include <iniparser/iniparser.h>
 
+#include "scratch.h"
 #include "tessera/inifile.h"
 
 namespace {
@@ -26,18 +24,9 @@ struct Shape {
 constexpr Shape kSmall{20, 20};
 constexpr Shape kLarge{2000, 50};
 
-const std::string &directory() {
-  static const std::string dir = [] {
-    std::string pattern = "/tmp/bench_inifile.XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) {
-      std::perror("mkdtemp");
-      std::exit(1);
-    }
-    return pattern;
-  }();
-  // Registered after `dir` is made, so that it runs before `dir` goes.
-  [[maybe_unused]] static const int cleanup =
-      std::atexit([] { std::filesystem::remove_all(directory()); });
+// The folder of the run's files, removed at exit.
+const tessera::test::ScratchDir &scratch() {
+  static const tessera::test::ScratchDir dir;
   return dir;
 }
 
@@ -46,7 +35,7 @@ const std::string &file_of(const Shape &shape) {
   static std::string paths[2];
   std::string &path = paths[shape.sections == kSmall.sections ? 0 : 1];
   if (path.empty()) {
-    path = directory() + (shape.sections == kSmall.sections ? "/small.ini" : "/large.ini");
+    path = scratch().file(shape.sections == kSmall.sections ? "small.ini" : "large.ini");
     std::ofstream out(path);
     out << "; generated for the benchmark\n";
     for (int s = 0; s < shape.sections; ++s) {
@@ -120,7 +109,7 @@ void BM_IniparserLoadFree(benchmark::State &state) {
 void BM_TesseraSave(benchmark::State &state) {
   InifileDocument *document = nullptr;
   inifileOpen(file_of(shape_of(state)).c_str(), &document);
-  const std::string out = directory() + "/saved.ini";
+  const std::string out = scratch().file("saved.ini");
   for (auto _ : state) {
     inifileSave(document, out.c_str());
   }

@@ -2,30 +2,22 @@
 // Destinations are heap blocks of exactly the bytes the caller is told to provide.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 
+#include "../text_harness.h"
 #include "capture_sink.h"
 #include "tessera/http.h"
 
-namespace {
+using tessera::fuzz::check;
 
-void check(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 2) return 0;
   auto &sink = tessera::test::CaptureSink::instance();
   sink.reset();
   const unsigned capacity = data[0] | (data[1] & 0x1FU) << 8U;
-  const std::string source =
-      std::string(reinterpret_cast<const char *>(data + 2), size - 2).c_str();
+  const std::string source = tessera::fuzz::text_of(data + 2, size - 2);
   const bool fits = source.size() <= capacity;
 
   const auto encoded = std::make_unique<char[]>(capacity);

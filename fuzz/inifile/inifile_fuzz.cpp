@@ -83,9 +83,9 @@ void trim(std::string &text) {
 // What reading back a saved document gives: no sections or keys without a name, no keys that
 // read as comments; a key whose saved line opens with '[' and holds a ']' reads back as the
 // header of a section that takes the keys behind it, its name trimmed and then cut at 255
-// characters; a section name cut at 255 characters loses blanks at its end; a value that ends in a carriage return loses it to the line's "\r\n", and then its
-// blanks, unless the line fills a whole read of 1279 characters, which leaves the line feed to
-// the next read.
+// characters; a section name cut at 255 characters loses blanks at its end; a value that ends in
+// a carriage return loses it to the line's "\r\n", and then its blanks, unless the line fills a
+// whole read of 1279 characters, which leaves the line feed to the next read.
 Model after_save(const Model &model) {
   Model out;
   for (const Section &section : model) {

@@ -3,18 +3,16 @@
 // bytes, so any write past them stops the sanitizer.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 
+#include "../text_harness.h"
 #include "tessera/nvpair.h"
 
 namespace {
 
-void check(bool condition) {
-  if (!condition) std::abort();
-}
+using tessera::fuzz::check;
 
 // A reader's output: terminated inside the buffer unless the buffer is empty.
 void check_output(const char *out, unsigned size) {
@@ -23,15 +21,11 @@ void check_output(const char *out, unsigned size) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 2) return 0;
   const unsigned capacity = data[0];
   const auto index = static_cast<int32_t>(static_cast<int8_t>(data[1]));
-  const std::string rest(reinterpret_cast<const char *>(data + 2), size - 2);
-  const std::size_t split = rest.find('\x01');
-  const std::string name = rest.substr(0, split).c_str();
-  const std::string list = split == std::string::npos ? "" : rest.substr(split + 1).c_str();
+  const auto [name, list] = tessera::fuzz::texts_split_at_01(data + 2, size - 2);
 
   const auto out = std::make_unique<char[]>(capacity);
   const uint32_t by_index = NvPairListGetName(list.c_str(), index, capacity, out.get());

@@ -1,23 +1,16 @@
 // Escape, unescape and clean on untrusted text of any length.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "../text_harness.h"
 #include "tessera/nvpair.h"
 
-namespace {
+using tessera::fuzz::check;
 
-void check(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  const std::string text = std::string(reinterpret_cast<const char *>(data), size).c_str();
+  const std::string text = tessera::fuzz::text_of(data, size);
 
   const char *escaped = NvPairEscapeSep(text.c_str());
   const std::size_t escaped_length = std::strlen(escaped);

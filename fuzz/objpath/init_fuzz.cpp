@@ -7,14 +7,13 @@
 #include <cstring>
 #include <string>
 
+#include "../text_harness.h"
 #include "capture_sink.h"
 #include "tessera/objpath.h"
 
 namespace {
 
-void check(bool condition) {
-  if (!condition) std::abort();
-}
+using tessera::fuzz::check;
 
 template <class T>
 T field(const unsigned char *at) {
@@ -32,13 +31,12 @@ void check_string(const char *text, const unsigned char *record, std::size_t siz
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 3) return 0;
   tessera::test::CaptureSink::instance().reset();
   const std::size_t capacity = (data[0] | data[1] << 8U) % 4097U;
   const std::size_t offset = data[2] % 8U;
-  const std::string text = std::string(reinterpret_cast<const char *>(data + 3), size - 3).c_str();
+  const std::string text = tessera::fuzz::text_of(data + 3, size - 3);
 
   auto *block = static_cast<unsigned char *>(std::malloc(offset + capacity + 1));
   unsigned char *record = block + offset;

@@ -2,31 +2,21 @@
 // the first 0x01, then the document. The value lives in a heap block of exactly `size` bytes.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 
+#include "../text_harness.h"
 #include "capture_sink.h"
 #include "tessera/xml.h"
 
-namespace {
+using tessera::fuzz::check;
 
-void check(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 2) return 0;
   tessera::test::CaptureSink::instance().reset();
   const unsigned capacity = data[0] | (data[1] & 0x0FU) << 8U;
-  const std::string rest(reinterpret_cast<const char *>(data + 2), size - 2);
-  const std::size_t split = rest.find('\x01');
-  const std::string tag = rest.substr(0, split).c_str();
-  const std::string xml = split == std::string::npos ? "" : rest.substr(split + 1).c_str();
+  const auto [tag, xml] = tessera::fuzz::texts_split_at_01(data + 2, size - 2);
 
   const auto value = std::make_unique<char[]>(capacity);
   std::memset(value.get(), 'x', capacity);

@@ -106,9 +106,7 @@ TEST_F(InifileEdit, AddNewSectionLooksUpThenAppendsEvenARepeatedName) {
 }
 
 TEST_F(InifileEdit, SetKeyValueByHandleAddsAndNeverChanges) {
-  const auto set = [&](InifileSection *s, const char *k, const char *v) {
-    return inifileSetKeyValueByHandle(s, k, v);
-  };
+  const auto set = inifileSetKeyValueByHandle;
   EXPECT_EQ(set(nullptr, nullptr, nullptr), 4);
   EXPECT_EQ(set(a_, nullptr, "v"), 2);
   EXPECT_EQ(set(a_, "k", nullptr), 2);

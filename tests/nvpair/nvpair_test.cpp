@@ -162,10 +162,14 @@ TEST(NvPairEscapeSep, CutsOverlongTextBeforeThePieceThatDoesNotFit) {
   EXPECT_EQ(std::string(NvPairEscapeSep(commas.c_str())), expected);
 }
 
-std::string unescaped(std::string text) {
-  EXPECT_EQ(NvPairUnescapeSep(text.data()), text.data());
+// The text after an in-place rewrite, which gives the text back.
+template <char *(*Rewrite)(char *)>
+std::string rewritten(std::string text) {
+  EXPECT_EQ(Rewrite(text.data()), text.data());
   return text.c_str();
 }
+constexpr auto unescaped = rewritten<NvPairUnescapeSep>;
+constexpr auto cleaned = rewritten<NvPairCleanValue>;
 
 TEST(NvPairUnescapeSep, ResolvesInOnePassWithoutRescanning) {
   EXPECT_EQ(unescaped("##EQU#"), "#=");
@@ -180,11 +184,6 @@ TEST(NvPairUnescapeSep, ResolvesInOnePassWithoutRescanning) {
   for (int i = 0; i < 2000; ++i) many += "#CMT#";
   EXPECT_EQ(unescaped(many), std::string(2000, ','));
   EXPECT_EQ(NvPairUnescapeSep(nullptr), nullptr);
-}
-
-std::string cleaned(std::string text) {
-  EXPECT_EQ(NvPairCleanValue(text.data()), text.data());
-  return text.c_str();
 }
 
 TEST(NvPairCleanValue, EndsLinesWithBareLineFeedsAndTrimsTheirEnds) {
