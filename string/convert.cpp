@@ -19,7 +19,7 @@ constexpr std::size_t kMaxIntegerText = 10;
 
 // Codes 2 to 7: the number of a numeric text of at most 10 characters against the type's range.
 int32_t validate_integer(const char *value, uint32_t type) {
-  if (value == nullptr || *value == '\0') return 0;
+  if (value == nullptr) return 0;
   if (std::strlen(value) > kMaxIntegerText) {
     REPORT_DEBUG("Value is too long for datatype\n");
     return 0;
