@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <type_traits>
 
 #include "memory/heap.h"
@@ -145,6 +146,18 @@ unsigned char *first_header(MemPool *pool) noexcept {
   return bytes_at(pool) + kPoolHeader;
 }
 
+// The index of the pool's element whose header lies at address `header`; none when no element's
+// header does.
+std::optional<std::uint32_t> element_index(MemPool *pool, std::uintptr_t header) noexcept {
+  const auto first = reinterpret_cast<std::uintptr_t>(first_header(pool));
+  const std::size_t stride = stride_of(pool);
+  if (header < first || (header - first) % stride != 0 ||
+      (header - first) / stride >= pool->elementCount) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint32_t>((header - first) / stride);
+}
+
 // A block and the link by which the manager holds the blocks of MemMgrAddMemoryBlock; its data
 // follows directly.
 struct HeldBlock {
@@ -241,17 +254,15 @@ int32_t MemPoolFreeElement(MemPoolElement *element) {
     return 2;
   }
   // Its place in the pool, which must be an element's.
-  const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(element) -
-                                reinterpret_cast<std::uintptr_t>(first_header(pool));
-  const std::size_t stride = stride_of(pool);
-  if (offset % stride != 0 || offset / stride >= pool->elementCount) {
+  const std::optional<std::uint32_t> index =
+      element_index(pool, reinterpret_cast<std::uintptr_t>(element));
+  if (!index) {
     return 2;
   }
-  const auto index = static_cast<std::uint32_t>(offset / stride);
   std::memset(view.data_bytes(), 0, pool->elementSize);
   view.set_in_use(false);
   const Element first(first_header(pool));
-  first.set_hint(std::min(first.hint(), index));
+  first.set_hint(std::min(first.hint(), *index));
   ++pool->freeCount;  // also for an element that was free already: nothing decides by it
   return 0;
 }
@@ -261,12 +272,7 @@ MemPoolElement *MemPoolGetElementByData(MemPool *pool, void *data) {
   if (!is_pool(pool) || data == nullptr) {
     return nullptr;
   }
-  const std::uintptr_t first =
-      reinterpret_cast<std::uintptr_t>(first_header(pool)) + kElementHeader;
-  const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(data);
-  const std::size_t stride = stride_of(pool);
-  if (address < first || (address - first) % stride != 0 ||
-      (address - first) / stride >= pool->elementCount) {
+  if (!element_index(pool, reinterpret_cast<std::uintptr_t>(data) - kElementHeader)) {
     return nullptr;
   }
   const Element element(bytes_at(data) - kElementHeader);

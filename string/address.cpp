@@ -83,7 +83,6 @@ int32_t StrIsIpAddress(const char *s) {
 // what a "%d.%d.%d.%d" scan with a 32-bit int accepts once the text is known to hold only digits
 // and dots (past a "0x" prefix, which the scan then refuses) and at most three dots.
 int32_t StrIsValidIPv4Address(const char *s) {
-  if (s == nullptr || *s == '\0') return 0;
   if (StrIsInCharacterDomain(s, tessera::strlib::kDigitsAndDot) == 0) return 0;
   const char *p = s;
   for (int field = 0; field < 4; ++field) {
@@ -128,10 +127,8 @@ const char *StrVerifyAddr(const char *s) {
 }
 
 int32_t StrIsDomainName(const char *s) {
-  if (s == nullptr || *s == '\0') return 0;
   if (StrIsInCharacterDomain(s, tessera::strlib::kDomainNameCharacters) == 0) return 0;
-  const char first[2] = {s[0], '\0'};
-  return StrIsAlphanumeric(first);
+  return flag(is_alnum(s[0]));
 }
 
 int32_t StrIsValidDomainName(const char *s) {

@@ -19,7 +19,7 @@ constexpr std::size_t kMaxIntegerText = 10;
 
 // Codes 2 to 7: the number of a numeric text of at most 10 characters against the type's range.
 int32_t validate_integer(const char *value, uint32_t type) {
-  if (value == nullptr || *value == '\0') return 0;
+  if (value == nullptr) return 0;
   if (std::strlen(value) > kMaxIntegerText) {
     REPORT_DEBUG("Value is too long for datatype\n");
     return 0;
@@ -41,17 +41,25 @@ int32_t validate_integer(const char *value, uint32_t type) {
   }
 }
 
-// The base the conversions read with: 16 for a "0x" text, else 10.
-unsigned conversion_base(const char *s) {
-  return StrIsHexValue(s) == 1 ? 16U : 10U;
-}
-
 // Steps 1 and 2 of every conversion: false for null (after the assertion); a text that isn't a
 // valid value of `type` asserts and is converted all the same.
 bool check_conversion(const char *s, uint32_t type) {
   if (!REPORT_ASSERT(s != nullptr)) return false;
   static_cast<void>(REPORT_ASSERT(StrValidateType(s, type) == 1));
   return true;
+}
+
+// The base the conversions read with: 16 for a "0x" text, else 10.
+unsigned conversion_base(const char *s) {
+  return StrIsHexValue(s) == 1 ? 16U : 10U;
+}
+
+// The checked conversion of `s` as strtoul and as strtol read it; 0 for null.
+uint32_t convert_unsigned(const char *s, uint32_t type) {
+  return check_conversion(s, type) ? to_unsigned32(s, conversion_base(s)) : 0;
+}
+int32_t convert_signed(const char *s, uint32_t type) {
+  return check_conversion(s, type) ? to_signed32(s, conversion_base(s)) : 0;
 }
 
 }  // namespace
@@ -112,33 +120,27 @@ int32_t StrToBoolean(const char *s) {
 }
 
 uint32_t StrToUINT8(const char *s) {
-  if (!check_conversion(s, STR_TYPE_UINT8)) return 0;
-  return to_unsigned32(s, conversion_base(s)) & 0xFFU;
+  return convert_unsigned(s, STR_TYPE_UINT8) & 0xFFU;
 }
 
 uint32_t StrToUINT16(const char *s) {
-  if (!check_conversion(s, STR_TYPE_UINT16)) return 0;
-  return to_unsigned32(s, conversion_base(s)) & 0xFFFFU;
+  return convert_unsigned(s, STR_TYPE_UINT16) & 0xFFFFU;
 }
 
 uint32_t StrToUINT32(const char *s) {
-  if (!check_conversion(s, STR_TYPE_UINT32)) return 0;
-  return to_unsigned32(s, conversion_base(s));
+  return convert_unsigned(s, STR_TYPE_UINT32);
 }
 
 uint64_t StrToUINT64(const char *s) {
-  if (!check_conversion(s, STR_TYPE_UINT64)) return 0;
-  return to_unsigned32(s, conversion_base(s));
+  return convert_unsigned(s, STR_TYPE_UINT64);
 }
 
 int32_t StrToINT8(const char *s) {
-  if (!check_conversion(s, STR_TYPE_INT8)) return 0;
-  return static_cast<int8_t>(to_signed32(s, conversion_base(s)));
+  return static_cast<int8_t>(convert_signed(s, STR_TYPE_INT8));
 }
 
 int32_t StrToINT16(const char *s) {
-  if (!check_conversion(s, STR_TYPE_INT16)) return 0;
-  return static_cast<int16_t>(to_signed32(s, conversion_base(s)));
+  return static_cast<int16_t>(convert_signed(s, STR_TYPE_INT16));
 }
 
 int32_t StrToINT32(const char *s) {

@@ -31,12 +31,6 @@ int32_t scan(const char *s, const char *set, bool wanted) {
   return 1;
 }
 
-// The common shape of the fixed-domain predicates: not null, not empty, then the domain test.
-int32_t in_domain(const char *s, const char *domain) {
-  if (s == nullptr || *s == '\0') return 0;
-  return StrIsInCharacterDomain(s, domain);
-}
-
 // A text with its optional leading '-' skipped.
 const char *skip_minus(const char *s) {
   return *s == '-' ? s + 1 : s;
@@ -89,25 +83,25 @@ int32_t StrIsOctalValue(const char *s) {
 }
 
 int32_t StrIsNumeric(const char *s) {
-  if (s == nullptr || *s == '\0') return 0;
+  if (s == nullptr) return 0;
   return StrIsInCharacterDomain(skip_minus(s), tessera::strlib::kDecimalDigits);
 }
 
 int32_t StrIsNumericDot(const char *s) {
-  if (s == nullptr || *s == '\0') return 0;
+  if (s == nullptr) return 0;
   return StrIsInCharacterDomain(skip_minus(s), tessera::strlib::kDigitsAndDot);
 }
 
 int32_t StrIsAlphabetic(const char *s) {
-  return in_domain(s, tessera::strlib::kLetters);
+  return StrIsInCharacterDomain(s, tessera::strlib::kLetters);
 }
 
 int32_t StrIsAlphanumeric(const char *s) {
-  return in_domain(s, tessera::strlib::kLettersAndDigits);
+  return StrIsInCharacterDomain(s, tessera::strlib::kLettersAndDigits);
 }
 
 int32_t StrIsAlphanumericUnderScore(const char *s) {
-  return in_domain(s, tessera::strlib::kLettersDigitsUnderscore);
+  return StrIsInCharacterDomain(s, tessera::strlib::kLettersDigitsUnderscore);
 }
 
 int32_t StrIsBoolean(const char *s) {

@@ -27,12 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   if (fail_at > 1 && fail_at - 2 < expected.size())
     expected.erase(expected.begin() + (fail_at - 2));
   const std::vector<std::string> tokens = tessera::test::tokens_of(argv);
-  if (tokens != expected) std::abort();
-  const char *next = reinterpret_cast<const char *>(argv + tokens.size() + 1);
-  for (std::size_t i = 0; i < tokens.size(); ++i) {
-    if (argv[i] != next) std::abort();
-    next += tokens[i].size() + 1;
-  }
+  if (tokens != expected || !tessera::test::texts_follow_pointers(argv, tokens)) std::abort();
   std::free(static_cast<void *>(argv));
   return 0;
 }

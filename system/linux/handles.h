@@ -3,7 +3,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <utility>
 
 #include <dirent.h>
 #include <unistd.h>
@@ -13,29 +12,20 @@ namespace tessera {
 // A file descriptor, closed when the owner goes.
 class UniqueFd {
  public:
-  UniqueFd() noexcept = default;
   explicit UniqueFd(int fd) noexcept : fd_(fd) {}
-  UniqueFd(UniqueFd &&other) noexcept : fd_(other.release()) {}
-  UniqueFd &operator=(UniqueFd &&other) noexcept {
-    reset(other.release());
-    return *this;
-  }
   UniqueFd(const UniqueFd &) = delete;
   UniqueFd &operator=(const UniqueFd &) = delete;
-  ~UniqueFd() { reset(); }
-
-  [[nodiscard]] int get() const noexcept { return fd_; }
-  [[nodiscard]] bool valid() const noexcept { return fd_ >= 0; }
-  int release() noexcept { return std::exchange(fd_, -1); }
-  void reset(int fd = -1) noexcept {
+  ~UniqueFd() {
     if (fd_ >= 0) {
       ::close(fd_);
     }
-    fd_ = fd;
   }
 
+  [[nodiscard]] int get() const noexcept { return fd_; }
+  [[nodiscard]] bool valid() const noexcept { return fd_ >= 0; }
+
  private:
-  int fd_ = -1;
+  int fd_;
 };
 
 struct FileCloser {

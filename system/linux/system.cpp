@@ -99,6 +99,13 @@ int32_t run_command(const char *command, unsigned int wait) {
   return WEXITSTATUS(status);
 }
 
+// The zone settings are read from TZ only while the offset is 0: never read yet, or UTC.
+void read_zone_while_utc() {
+  if (::timezone == 0) {
+    ::tzset();
+  }
+}
+
 bool all_digits(const char *text) {
   if (*text == '\0') {
     return false;
@@ -156,18 +163,12 @@ extern "C" uint32_t OSGetTimeDiff(uint32_t earlier) {
 }
 
 extern "C" int32_t OSGetTimezoneOffset() {
-  long west = ::timezone;  // seconds west of UTC
-  if (west == 0) {
-    ::tzset();
-    west = ::timezone;
-  }
-  return static_cast<int32_t>(-west / 60);
+  read_zone_while_utc();
+  return static_cast<int32_t>(-::timezone / 60);  // timezone: seconds west of UTC
 }
 
 extern "C" int32_t OSGetDaylightOffset() {
-  if (::timezone == 0) {
-    ::tzset();
-  }
+  read_zone_while_utc();
   return ::daylight != 0 ? 60 : 0;
 }
 

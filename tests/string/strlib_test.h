@@ -1,5 +1,6 @@
-// Helpers of the string library's tests: the reports of one call, and a plain reading of the
-// tokenizer's rules with standard containers to check StrTokenize against.
+// Helpers of the string library's tests: the reports of one call, a plain reading of the
+// tokenizer's rules with standard containers to check StrTokenize against, and the layout of the
+// block StrTokenize returns.
 #pragma once
 
 #include <algorithm>
@@ -67,6 +68,17 @@ inline std::vector<std::string> tokens_of(char **argv) {
   std::vector<std::string> tokens;
   for (; *argv != nullptr; ++argv) tokens.emplace_back(*argv);
   return tokens;
+}
+
+// Whether the block of a vector from StrTokenize holds the pointer array, its null and then the
+// texts of `tokens` back to back, each pointer at its own text.
+inline bool texts_follow_pointers(char *const *argv, const std::vector<std::string> &tokens) {
+  const char *next = reinterpret_cast<const char *>(argv + tokens.size() + 1);
+  for (std::size_t i = 0; i < tokens.size(); ++i) {
+    if (argv[i] != next) return false;
+    next += tokens[i].size() + 1;
+  }
+  return true;
 }
 
 }  // namespace tessera::test

@@ -23,11 +23,7 @@ Tokens tokenize(const std::string &text) {
   EXPECT_NE(argv, nullptr);
   if (argv == nullptr) return {};
   Tokens tokens = tokens_of(argv);
-  const char *next = reinterpret_cast<const char *>(argv + tokens.size() + 1);
-  for (std::size_t i = 0; i < tokens.size(); ++i) {
-    EXPECT_EQ(argv[i], next) << "token " << i << " of '" << text << "'";
-    next += tokens[i].size() + 1;
-  }
+  EXPECT_TRUE(texts_follow_pointers(argv, tokens)) << "'" << text << "'";
   std::free(static_cast<void *>(argv));
   return tokens;
 }
