@@ -24,6 +24,7 @@
 #include <cstring>
 #include <deque>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -42,6 +43,17 @@ constexpr std::size_t kMessageSize = sizeof(DaemonMessage);
 
 const char *log_program = "tessera";
 bool log_to_stderr = true;
+
+struct DaemonOptions {
+  const char *program = "";
+  std::string socket;    // the path to serve
+  std::string pid_file;  // written once serving, removed at the end; none when empty
+  bool foreground = false;
+  bool verbose = false;  // log every request
+};
+
+// A line to standard error in the foreground, to syslog as a daemon.
+void log_line(int priority, const char *format, ...) __attribute__((format(printf, 2, 3)));
 
 class ConnectionQueue {
  public:
@@ -270,8 +282,6 @@ bool daemonise(const DaemonOptions &options) {
   return told;
 }
 
-}  // namespace
-
 void log_line(int priority, const char *format, ...) {
   std::va_list args;
   va_start(args, format);
@@ -285,6 +295,7 @@ void log_line(int priority, const char *format, ...) {
   va_end(args);
 }
 
+// The command line; prints the usage and exits on --help (0) and on a bad option (2).
 DaemonOptions parse_options(int argc, char **argv, const char *program, const char *socket,
                             const char *purpose) {
   DaemonOptions options{.program = program, .socket = socket};
@@ -329,6 +340,7 @@ DaemonOptions parse_options(int argc, char **argv, const char *program, const ch
   return options;
 }
 
+// Serves `options.socket` until SIGTERM or SIGINT; returns the exit code.
 int serve(const DaemonOptions &options, const RequestHandler &handler) {
   ::signal(SIGPIPE, SIG_IGN);
   sigset_t stop_signals;
@@ -405,6 +417,8 @@ int serve(const DaemonOptions &options, const RequestHandler &handler) {
   log_line(LOG_INFO, "stopped");
   return 0;
 }
+
+}  // namespace
 
 int run_daemon(int argc, char **argv, const char *program, const char *socket, const char *purpose,
                const RequestHandler &handler) {
