@@ -6,10 +6,10 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "fake_daemon.h"
 #include "kit_support.h"
 #include "orb_cfg/daemon_message.h"
 
@@ -42,7 +42,7 @@ BENCHMARK_CAPTURE(BM_PropertyOperations, store_only, "direct")->Apply(clients);
 }  // namespace
 
 int main(int argc, char **argv) {
-  if (std::getenv("TESSERA_TEST_NS") == nullptr) {
+  if (!tessera::test::in_private_namespace()) {
     std::vector<char *> args{const_cast<char *>(TESSERA_NS_RUN), argv[0]};
     args.insert(args.end(), argv + 1, argv + argc);
     args.push_back(nullptr);
