@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "kit/daemons/requests.h"
+#include "kit/directories.h"
 #include "kit/store/tessera_store.h"
 
 namespace tessera::kit {
@@ -156,18 +157,6 @@ void serve_connection(int fd, const RequestHandler &handler, bool verbose) {
   }
 }
 
-bool make_directories(const std::string &path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    if (::mkdir(path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST) {
-      log_line(LOG_ERR, "cannot create the directory of %s: %s", path.c_str(),
-               std::strerror(errno));
-      return false;
-    }
-  }
-  return true;
-}
-
 bool make_address(const std::string &path, sockaddr_un *address) {
   *address = {};
   address->sun_family = AF_UNIX;
@@ -213,7 +202,14 @@ bool claim_path(const std::string &path, const sockaddr_un &address) {
 // is removed at the end.
 int listen_at(const std::string &path, ino_t *inode) {
   sockaddr_un address;
-  if (!make_address(path, &address) || !make_directories(path) || !claim_path(path, address)) {
+  if (!make_address(path, &address)) {
+    return -1;
+  }
+  if (!make_parent_directories(path)) {
+    log_line(LOG_ERR, "cannot create the directory of %s: %s", path.c_str(), std::strerror(errno));
+    return -1;
+  }
+  if (!claim_path(path, address)) {
     return -1;
   }
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
