@@ -6,10 +6,10 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "fake_daemon.h"
 #include "kit_support.h"
 #include "orb_cfg/daemon_message.h"
 
@@ -17,22 +17,14 @@ namespace {
 
 using namespace tessera::kit::test;
 
-constexpr int kCount = 250;  // properties per client and run
+constexpr const char *kBase = "bench.c";  // client c's properties: bench.cC.N
+constexpr int kCount = 250;               // properties per client and run
 constexpr int kMaxClients = 8;
 
 void BM_PropertyOperations(benchmark::State &state, const char *mode) {
   const int clients = static_cast<int>(state.range(0));
   for (auto _ : state) {
-    std::vector<std::unique_ptr<Child>> children;
-    for (int c = 0; c < clients; ++c) {
-      std::vector<std::string> argv{kClient, "load", "bench.c" + std::to_string(c),
-                                    std::to_string(kCount)};
-      if (mode[0] != '\0') {
-        argv.emplace_back(mode);
-      }
-      children.push_back(std::make_unique<Child>(argv));
-    }
-    for (auto &child : children) {
+    for (auto &child : start_load(kBase, clients, kCount, mode)) {
       if (child->wait() != 0) {
         state.SkipWithError("a client failed");
       }
@@ -50,7 +42,7 @@ BENCHMARK_CAPTURE(BM_PropertyOperations, store_only, "direct")->Apply(clients);
 }  // namespace
 
 int main(int argc, char **argv) {
-  if (std::getenv("TESSERA_TEST_NS") == nullptr) {
+  if (!tessera::test::in_private_namespace()) {
     std::vector<char *> args{const_cast<char *>(TESSERA_NS_RUN), argv[0]};
     args.insert(args.end(), argv + 1, argv + argc);
     args.push_back(nullptr);
@@ -58,14 +50,7 @@ int main(int argc, char **argv) {
     return 127;
   }
   ScratchStore store;
-  tessera_store_begin();
-  for (int c = 0; c < kMaxClients; ++c) {
-    for (int i = 0; i < kCount; i += 2) {
-      const std::string name = "bench.c" + std::to_string(c) + "." + std::to_string(i);
-      tessera_store_map_property(TESSERA_STORE_MAPPED, name.c_str(), "");
-    }
-  }
-  tessera_store_commit();
+  own_half(kBase, kMaxClients, kCount);
   Daemon mapping(kMappingd, tessera::orb_cfg::kMappingSocketPath);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();

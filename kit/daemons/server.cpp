@@ -24,10 +24,12 @@
 #include <cstring>
 #include <deque>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "kit/daemons/requests.h"
+#include "kit/directories.h"
 #include "kit/store/tessera_store.h"
 
 namespace tessera::kit {
@@ -42,6 +44,17 @@ constexpr std::size_t kMessageSize = sizeof(DaemonMessage);
 
 const char *log_program = "tessera";
 bool log_to_stderr = true;
+
+struct DaemonOptions {
+  const char *program = "";
+  std::string socket;    // the path to serve
+  std::string pid_file;  // written once serving, removed at the end; none when empty
+  bool foreground = false;
+  bool verbose = false;  // log every request
+};
+
+// A line to standard error in the foreground, to syslog as a daemon.
+void log_line(int priority, const char *format, ...) __attribute__((format(printf, 2, 3)));
 
 class ConnectionQueue {
  public:
@@ -144,18 +157,6 @@ void serve_connection(int fd, const RequestHandler &handler, bool verbose) {
   }
 }
 
-bool make_directories(const std::string &path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    if (::mkdir(path.substr(0, slash).c_str(), 0755) != 0 && errno != EEXIST) {
-      log_line(LOG_ERR, "cannot create the directory of %s: %s", path.c_str(),
-               std::strerror(errno));
-      return false;
-    }
-  }
-  return true;
-}
-
 bool make_address(const std::string &path, sockaddr_un *address) {
   *address = {};
   address->sun_family = AF_UNIX;
@@ -201,7 +202,14 @@ bool claim_path(const std::string &path, const sockaddr_un &address) {
 // is removed at the end.
 int listen_at(const std::string &path, ino_t *inode) {
   sockaddr_un address;
-  if (!make_address(path, &address) || !make_directories(path) || !claim_path(path, address)) {
+  if (!make_address(path, &address)) {
+    return -1;
+  }
+  if (!make_parent_directories(path)) {
+    log_line(LOG_ERR, "cannot create the directory of %s: %s", path.c_str(), std::strerror(errno));
+    return -1;
+  }
+  if (!claim_path(path, address)) {
     return -1;
   }
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -270,8 +278,6 @@ bool daemonise(const DaemonOptions &options) {
   return told;
 }
 
-}  // namespace
-
 void log_line(int priority, const char *format, ...) {
   std::va_list args;
   va_start(args, format);
@@ -285,6 +291,7 @@ void log_line(int priority, const char *format, ...) {
   va_end(args);
 }
 
+// The command line; prints the usage and exits on --help (0) and on a bad option (2).
 DaemonOptions parse_options(int argc, char **argv, const char *program, const char *socket,
                             const char *purpose) {
   DaemonOptions options{.program = program, .socket = socket};
@@ -329,6 +336,7 @@ DaemonOptions parse_options(int argc, char **argv, const char *program, const ch
   return options;
 }
 
+// Serves `options.socket` until SIGTERM or SIGINT; returns the exit code.
 int serve(const DaemonOptions &options, const RequestHandler &handler) {
   ::signal(SIGPIPE, SIG_IGN);
   sigset_t stop_signals;
@@ -405,6 +413,8 @@ int serve(const DaemonOptions &options, const RequestHandler &handler) {
   log_line(LOG_INFO, "stopped");
   return 0;
 }
+
+}  // namespace
 
 int run_daemon(int argc, char **argv, const char *program, const char *socket, const char *purpose,
                const RequestHandler &handler) {

@@ -1,8 +1,6 @@
 // Administration of the workstation store: seeding and inspection for the kit's daemons and
 // tools (tessera_store.h).
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -15,17 +13,6 @@ using namespace tessera::kit;
 namespace {
 
 constexpr std::size_t kSensorNameMax = kSensorRecordSize - 5;
-
-// Copies `text` into `out` of `size` bytes, cut to fit. False when nothing fits.
-bool put_text(std::string_view text, char *out, std::size_t size) {
-  if (out == nullptr || size == 0) {
-    return false;
-  }
-  const std::size_t length = std::min(text.size(), size - 1);
-  std::memcpy(out, text.data(), length);
-  out[length] = '\0';
-  return true;
-}
 
 int result_of(bool done) {
   return done ? TESSERA_STORE_OK : TESSERA_STORE_ERROR;
@@ -44,6 +31,19 @@ int changed_one(Statement &statement) {
     return TESSERA_STORE_ERROR;
   }
   return statement.changes() > 0 ? TESSERA_STORE_OK : TESSERA_STORE_NOT_FOUND;
+}
+
+// Deletes the row of `key` with `sql`, a DELETE of one key: OK, NOT_FOUND when there was none, or
+// ERROR.
+int remove_keyed(const char *sql, const char *key) {
+  if (!valid_key(key, TESSERA_STORE_KEY_MAX)) {
+    return TESSERA_STORE_ERROR;
+  }
+  return with_database([&](Database &db) {
+    Statement remove = db.prepare(sql);
+    remove.bind(key);
+    return changed_one(remove);
+  });
 }
 
 bool valid_space(int space) {
@@ -148,14 +148,7 @@ int tessera_store_get_value(const char *key, int *type, char *text, size_t size)
 }
 
 int tessera_store_remove_value(const char *key) {
-  if (!valid_key(key, TESSERA_STORE_KEY_MAX)) {
-    return TESSERA_STORE_ERROR;
-  }
-  return with_database([&](Database &db) {
-    Statement remove = db.prepare("DELETE FROM config WHERE key = ?");
-    remove.bind(key);
-    return changed_one(remove);
-  });
+  return remove_keyed("DELETE FROM config WHERE key = ?", key);
 }
 
 int tessera_store_add_session(const tessera_store_session *session) {
@@ -248,14 +241,7 @@ int tessera_store_get_user(const char *name, uint32_t *privilege) {
 }
 
 int tessera_store_remove_user(const char *name) {
-  if (!valid_key(name, TESSERA_STORE_KEY_MAX)) {
-    return TESSERA_STORE_ERROR;
-  }
-  return with_database([&](Database &db) {
-    Statement remove = db.prepare("DELETE FROM users WHERE name = ?");
-    remove.bind(name);
-    return changed_one(remove);
-  });
+  return remove_keyed("DELETE FROM users WHERE name = ?", name);
 }
 
 int tessera_store_add_sensor(uint8_t index, char kind, const char *name) {

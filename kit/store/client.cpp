@@ -40,17 +40,9 @@ int32_t store_value(const char *key, const StoredValue &value) {
 }
 
 int32_t get_text(const char *key, char *out, std::size_t capacity) {
-  if (out == nullptr || capacity == 0) {
-    return kConfigFailed;
-  }
-  const auto value = typed_value(key, TESSERA_STORE_TEXT);
-  if (!value) {
-    return kConfigFailed;
-  }
-  const std::size_t length = std::min(value->text.size(), capacity - 1);
-  std::memcpy(out, value->text.data(), length);
-  out[length] = '\0';
-  return kConfigDone;
+  const auto value =
+      out != nullptr && capacity > 0 ? typed_value(key, TESSERA_STORE_TEXT) : std::nullopt;
+  return value && put_text(value->text, out, capacity) ? kConfigDone : kConfigFailed;
 }
 
 int32_t set_text(const char *key, const char *text) {

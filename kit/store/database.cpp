@@ -4,7 +4,6 @@
 #include "kit/store/database.h"
 
 #include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -14,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "kit/directories.h"
 #include "kit/store/network_apply.h"
 
 namespace tessera::kit {
@@ -46,19 +46,6 @@ CREATE TABLE IF NOT EXISTS events(
 
 void complain(const char *what, const std::string &path, const char *why) {
   std::fprintf(stderr, "tessera-store: %s %s: %s\n", what, path.c_str(), why);
-}
-
-// mkdir -p for the directory that will hold `path`.
-bool make_parent_directories(const std::string &path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    const std::string dir = path.substr(0, slash);
-    if (::mkdir(dir.c_str(), 0755) != 0 && errno != EEXIST) {
-      complain("cannot create the directory of", path, std::strerror(errno));
-      return false;
-    }
-  }
-  return true;
 }
 
 std::string home_directory() {
@@ -118,6 +105,7 @@ Database *Database::current() {
 
 std::unique_ptr<Database> Database::open(const std::string &path) {
   if (!make_parent_directories(path)) {
+    complain("cannot create the directory of", path, std::strerror(errno));
     return nullptr;
   }
   sqlite3 *db = nullptr;

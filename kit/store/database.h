@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -20,6 +21,17 @@ std::string store_path();
 // A text argument cut to `limit` characters, never read past them.
 inline std::string_view cut(const char *text, std::size_t limit) noexcept {
   return {text, strnlen(text, limit)};
+}
+
+// Copies `text` into `out` of `size` bytes, cut to fit and terminated. False when nothing fits.
+inline bool put_text(std::string_view text, char *out, std::size_t size) noexcept {
+  if (out == nullptr || size == 0) {
+    return false;
+  }
+  const std::size_t length = std::min(text.size(), size - 1);
+  std::memcpy(out, text.data(), length);
+  out[length] = '\0';
+  return true;
 }
 
 // A key or name: not null, not empty, at most `limit` characters. Longer ones are refused

@@ -20,15 +20,6 @@ constexpr const char *kCommands[] = {
     "hexdump",
 };
 
-std::vector<std::string> words(const std::string &text) {
-  std::vector<std::string> out;
-  std::istringstream in(text);
-  for (std::string word; in >> word;) {
-    out.push_back(word);
-  }
-  return out;
-}
-
 TEST(Conventions, HelpCoversEveryCommandAndTheExitCodes) {
   Scratch scratch;
   const Outcome help = scratch.tessera({"--help"});

@@ -8,29 +8,26 @@
 #include <sstream>
 
 namespace tessera::test {
-namespace {
 
-// The program and, when cross built, the emulator that runs it, split at blanks.
-std::vector<std::string> command_line() {
-  std::vector<std::string> words;
-  std::istringstream emulator(TESSERA_CLI_EMULATOR);
-  for (std::string word; emulator >> word;) {
-    words.push_back(word);
+std::vector<std::string> words(const std::string &text) {
+  std::vector<std::string> out;
+  std::istringstream in(text);
+  for (std::string word; in >> word;) {
+    out.push_back(word);
   }
-  words.emplace_back(TESSERA_CLI_PATH);
-  return words;
+  return out;
 }
-
-}  // namespace
 
 Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string &input) const {
   const std::string in_path = write(".stdin", input);
   const std::string out_path = file(".stdout");
   const std::string err_path = file(".stderr");
-  std::vector<std::string> words = command_line();
-  words.insert(words.end(), args.begin(), args.end());
+  // The program, behind the emulator that runs it when cross built.
+  std::vector<std::string> command = words(TESSERA_CLI_EMULATOR);
+  command.emplace_back(TESSERA_CLI_PATH);
+  command.insert(command.end(), args.begin(), args.end());
   std::vector<char *> argv;
-  for (auto &word : words) {
+  for (auto &word : command) {
     argv.push_back(word.data());
   }
   argv.push_back(nullptr);

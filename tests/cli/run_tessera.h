@@ -15,6 +15,9 @@ struct Outcome {
   std::string err;
 };
 
+// The words of `text`, split at blanks.
+std::vector<std::string> words(const std::string &text);
+
 // A scratch directory whose runs of `tessera` take it as their HOME, so that nothing reaches the
 // user's own store.
 class Scratch : public ScratchDir {

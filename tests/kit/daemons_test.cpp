@@ -5,11 +5,8 @@
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -29,9 +26,7 @@ using tessera::test::kSessionSocket;
 class Daemons : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!tessera::test::in_private_namespace()) {
-      GTEST_SKIP() << "needs the private mount namespace: run it through ctest or tools/ns-run";
-    }
+    TESSERA_REQUIRE_PRIVATE_NAMESPACE();
     mapping = std::make_unique<Daemon>(kMappingd, kMappingSocket);
     session_daemon = std::make_unique<Daemon>(kSessiond, kSessionSocket);
   }
@@ -147,11 +142,8 @@ TEST_F(Daemons, ListInspectAndCloseSessions) {
 // the reply until the daemon closes.
 std::vector<uint8_t> raw_exchange(const char *socket, const std::vector<uint8_t> &bytes,
                                   bool shut) {
-  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strcpy(address.sun_path, socket);
-  EXPECT_EQ(::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+  const int fd = connect_to(socket);
+  EXPECT_GE(fd, 0) << socket;
   if (!bytes.empty()) {
     ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
   }
@@ -176,11 +168,8 @@ TEST_F(Daemons, AnswerGarbageWholeAndKeepServing) {
   }
   noise[0] = 0x55;  // never a request's direction
   // A client that sends part of a request and waits holds one worker, not the daemon.
-  const int stalled = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  std::strcpy(address.sun_path, kMappingSocket);
-  ASSERT_EQ(::connect(stalled, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+  const int stalled = connect_to(kMappingSocket);
+  ASSERT_GE(stalled, 0);
   ::send(stalled, noise.data(), 100, MSG_NOSIGNAL);
 
   for (const char *socket : {kMappingSocket, kSessionSocket}) {

@@ -141,16 +141,47 @@ Outcome run(std::vector<std::string> argv) {
   return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), child.output()};
 }
 
-bool wait_for_socket(const char *socket, std::chrono::milliseconds limit) {
-  const auto deadline = std::chrono::steady_clock::now() + limit;
+std::vector<std::unique_ptr<Child>> start_load(const std::string &base, int clients, int count,
+                                               const std::string &mode) {
+  std::vector<std::unique_ptr<Child>> children;
+  for (int c = 0; c < clients; ++c) {
+    std::vector<std::string> argv{kClient, "load", base + std::to_string(c), std::to_string(count)};
+    if (!mode.empty()) {
+      argv.push_back(mode);
+    }
+    children.push_back(std::make_unique<Child>(argv));
+  }
+  return children;
+}
+
+bool own_half(const std::string &base, int clients, int count) {
+  bool ok = tessera_store_begin() == TESSERA_STORE_OK;
+  for (int c = 0; c < clients; ++c) {
+    for (int i = 0; i < count; i += 2) {
+      const std::string name = base + std::to_string(c) + "." + std::to_string(i);
+      ok = ok && tessera_store_map_property(TESSERA_STORE_MAPPED, name.c_str(), "") == 0;
+    }
+  }
+  return ok && tessera_store_commit() == TESSERA_STORE_OK;
+}
+
+int connect_to(const char *socket) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   std::strncpy(address.sun_path, socket, sizeof address.sun_path - 1);
-  while (std::chrono::steady_clock::now() < deadline) {
-    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool up = ::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (::connect(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0) {
     ::close(fd);
-    if (up) {
+    return -1;
+  }
+  return fd;
+}
+
+bool wait_for_socket(const char *socket, std::chrono::milliseconds limit) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (const int fd = connect_to(socket); fd >= 0) {
+      ::close(fd);
       return true;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(5));

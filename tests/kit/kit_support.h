@@ -89,6 +89,14 @@ inline const std::string kMappingd = TESSERA_KIT_MAPPINGD;
 inline const std::string kSessiond = TESSERA_KIT_SESSIOND;
 inline const std::string kClient = TESSERA_KIT_CLIENT;
 
+// The client's load command as `clients` processes at once, client c on the properties BASEc.0
+// to BASEc.(count-1); `mode` is "retry", "direct" or "".
+std::vector<std::unique_ptr<Child>> start_load(const std::string &base, int clients, int count,
+                                               const std::string &mode);
+// Gives the mapping daemon the even ones of those properties in one transaction; the odd ones stay
+// the store's. False when the store fails.
+bool own_half(const std::string &base, int clients, int count);
+
 // A daemon of the kit in the foreground, serving `socket` once it is listening.
 class Daemon {
  public:
@@ -106,6 +114,8 @@ class Daemon {
   std::unique_ptr<Child> child_;
 };
 
+// A stream connection to `socket`; -1 when nothing accepts connections there.
+int connect_to(const char *socket);
 // True once something accepts connections at `socket`.
 bool wait_for_socket(const char *socket, std::chrono::milliseconds limit);
 

@@ -254,7 +254,7 @@ std::string find_program(const char *program) {
 }
 
 // In the child that becomes the daemons' parent: the namespace if asked, both daemons in the
-// foreground with their logs, and a wait until both answer. Returns the exit status.
+// foreground with their logs, and a wait until both answer. Exits with the start's status.
 [[noreturn]] void launch(bool in_namespace, const std::string (&programs)[2]) {
   setsid();
   if (in_namespace) {
