@@ -1,16 +1,15 @@
 // Property access by name without the mapping daemon: translation of a legacy path or store key
 // into the store's name and type, typed store reads and writes, and the choice between the store
 // and the network record.
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
 #include "orb_cfg/orb_cfg_internal.h"
 #include "store_client/platform.h"
+#include "string/number.h"
 #include "tessera/orb_cfg.h"
 #include "tessera/store_client.h"
 #include "trace/report.h"
@@ -83,17 +82,6 @@ int32_t read_property(const char *name, char *out, unsigned int len, bool clear_
   return 0;
 }
 
-int32_t read_number(const char *text) noexcept {
-  const long number = std::strtol(text, nullptr, 10);  // NOLINT(google-runtime-int): strtol's own
-  if (number > INT32_MAX) {
-    return INT32_MAX;
-  }
-  if (number < INT32_MIN) {
-    return INT32_MIN;
-  }
-  return static_cast<int32_t>(number);
-}
-
 Split split_index_suffix(const char *name, std::size_t length) noexcept {
   std::size_t digits = 0;
   while (digits < kMaxSuffixDigits && digits < length && is_digit(name[length - 1 - digits])) {
@@ -125,10 +113,10 @@ int32_t setOrbConfigByType(const char *key, const char *value, int32_t type) noe
     case PROP_TYPE_STR:
       return orb_config_set_str(key, value, store::kSetFlag);
     case PROP_TYPE_BOOL:
-      return orb_config_set_bool(key, read_number(value) != 0 ? 1 : 0, store::kSetFlag);
+      return orb_config_set_bool(key, strlib::to_signed32(value, 10) != 0 ? 1 : 0, store::kSetFlag);
     case PROP_TYPE_INT:
     case PROP_TYPE_SHORT:
-      return orb_config_set_int(key, read_number(value), store::kSetFlag);
+      return orb_config_set_int(key, strlib::to_signed32(value, 10), store::kSetFlag);
     case PROP_TYPE_STR_N:
       return orb_config_set_str_n(key, value, store::kSetFlag);
     default:
@@ -210,7 +198,7 @@ int32_t ORBGetPropertyValue(const char *name, char *out) {
       result = read_decimal<int32_t>(key, out);
       break;
     case PROP_TYPE_STR_N:
-      result = orb_config_get_str_n(key, out, kStrNCapacity);
+      result = orb_config_get_str_n(key, out, tessera::store::kStrNCapacity);
       break;
     default:
       break;
