@@ -31,6 +31,12 @@ void copy_name(char *out, const char *text, std::size_t length) {
   out[length] = '\0';
 }
 
+// A name that the Cfgmgr_* entry points take: present, not empty, at most 63 characters.
+bool is_entry_name(const char *name) {
+  return name != nullptr && name[0] != '\0' &&
+         strnlen(name, kMaxEntryNameLength + 1) <= kMaxEntryNameLength;
+}
+
 // The row's type, or PROP_TYPE_NONE for no row.
 int32_t type_of(int32_t row) {
   return row < 0 ? PROP_TYPE_NONE : property_table[row].type;
@@ -57,8 +63,7 @@ int32_t read_decimal(const char *key, char *out) {
 }  // namespace
 
 int32_t read_property(const char *name, char *out, unsigned int len, bool clear_first) noexcept {
-  if (name == nullptr || out == nullptr || name[0] == '\0' || len == 0 ||
-      strnlen(name, kMaxEntryNameLength + 1) > kMaxEntryNameLength) {
+  if (!is_entry_name(name) || out == nullptr || len == 0) {
     return 2;
   }
   if (clear_first) {
@@ -237,8 +242,7 @@ int32_t Cfgmgr_Ext_Get_Property(const char *name, char *out, unsigned int len) {
 }
 
 int32_t Cfgmgr_Set_Property_ori(const char *name, const char *value) {
-  if (value == nullptr || name == nullptr || name[0] == '\0' ||
-      strnlen(name, kMaxEntryNameLength + 1) > kMaxEntryNameLength) {
+  if (value == nullptr || !is_entry_name(name)) {
     return 1;
   }
   const int32_t index = Is_Special_Prop(name);
