@@ -9,6 +9,7 @@
 #include "orb_cfg/network_record.h"
 #include "orb_cfg/orb_cfg_internal.h"
 #include "store_client/platform.h"
+#include "string/number.h"
 #include "tessera/orb_cfg.h"
 #include "tessera/store_client.h"
 
@@ -208,16 +209,16 @@ int32_t setNetworkProperty(const char *name, const char *value, int32_t index) n
       break;
     }
     case PROP_TYPE_BOOL:
-      field[0] = read_number(value) != 0 ? kFlagOn : kFlagOff;
+      field[0] = strlib::to_signed32(value, 10) != 0 ? kFlagOn : kFlagOff;
       break;
     case PROP_TYPE_SHORT: {
-      const auto number = static_cast<uint16_t>(read_number(value));
+      const auto number = static_cast<uint16_t>(strlib::to_signed32(value, 10));
       std::memcpy(field, &number, sizeof number);
       break;
     }
     case PROP_TYPE_INT:
     case PROP_TYPE_BYTE:
-      field[0] = static_cast<uint8_t>(read_number(value));
+      field[0] = static_cast<uint8_t>(strlib::to_signed32(value, 10));
       break;
     default:  // an extended address and its prefix share one entry: no single-field write
       return 1;

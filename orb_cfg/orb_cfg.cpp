@@ -1,16 +1,15 @@
 // Property access by name without the mapping daemon: translation of a legacy path or store key
 // into the store's name and type, typed store reads and writes, and the choice between the store
 // and the network record.
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
 #include "orb_cfg/orb_cfg_internal.h"
 #include "store_client/platform.h"
+#include "string/number.h"
 #include "tessera/orb_cfg.h"
 #include "tessera/store_client.h"
 #include "trace/report.h"
@@ -30,6 +29,12 @@ bool is_digit(char c) {
 void copy_name(char *out, const char *text, std::size_t length) {
   std::memcpy(out, text, length);
   out[length] = '\0';
+}
+
+// A name that the Cfgmgr_* entry points take: present, not empty, at most 63 characters.
+bool is_entry_name(const char *name) {
+  return name != nullptr && name[0] != '\0' &&
+         strnlen(name, kMaxEntryNameLength + 1) <= kMaxEntryNameLength;
 }
 
 // The row's type, or PROP_TYPE_NONE for no row.
@@ -58,8 +63,7 @@ int32_t read_decimal(const char *key, char *out) {
 }  // namespace
 
 int32_t read_property(const char *name, char *out, unsigned int len, bool clear_first) noexcept {
-  if (name == nullptr || out == nullptr || name[0] == '\0' || len == 0 ||
-      strnlen(name, kMaxEntryNameLength + 1) > kMaxEntryNameLength) {
+  if (!is_entry_name(name) || out == nullptr || len == 0) {
     return 2;
   }
   if (clear_first) {
@@ -81,17 +85,6 @@ int32_t read_property(const char *name, char *out, unsigned int len, bool clear_
     out[len - 1] = '\0';
   }
   return 0;
-}
-
-int32_t read_number(const char *text) noexcept {
-  const long number = std::strtol(text, nullptr, 10);  // NOLINT(google-runtime-int): strtol's own
-  if (number > INT32_MAX) {
-    return INT32_MAX;
-  }
-  if (number < INT32_MIN) {
-    return INT32_MIN;
-  }
-  return static_cast<int32_t>(number);
 }
 
 Split split_index_suffix(const char *name, std::size_t length) noexcept {
@@ -125,10 +118,10 @@ int32_t setOrbConfigByType(const char *key, const char *value, int32_t type) noe
     case PROP_TYPE_STR:
       return orb_config_set_str(key, value, store::kSetFlag);
     case PROP_TYPE_BOOL:
-      return orb_config_set_bool(key, read_number(value) != 0 ? 1 : 0, store::kSetFlag);
+      return orb_config_set_bool(key, strlib::to_signed32(value, 10) != 0 ? 1 : 0, store::kSetFlag);
     case PROP_TYPE_INT:
     case PROP_TYPE_SHORT:
-      return orb_config_set_int(key, read_number(value), store::kSetFlag);
+      return orb_config_set_int(key, strlib::to_signed32(value, 10), store::kSetFlag);
     case PROP_TYPE_STR_N:
       return orb_config_set_str_n(key, value, store::kSetFlag);
     default:
@@ -210,7 +203,7 @@ int32_t ORBGetPropertyValue(const char *name, char *out) {
       result = read_decimal<int32_t>(key, out);
       break;
     case PROP_TYPE_STR_N:
-      result = orb_config_get_str_n(key, out, kStrNCapacity);
+      result = orb_config_get_str_n(key, out, tessera::store::kStrNCapacity);
       break;
     default:
       break;
@@ -249,8 +242,7 @@ int32_t Cfgmgr_Ext_Get_Property(const char *name, char *out, unsigned int len) {
 }
 
 int32_t Cfgmgr_Set_Property_ori(const char *name, const char *value) {
-  if (value == nullptr || name == nullptr || name[0] == '\0' ||
-      strnlen(name, kMaxEntryNameLength + 1) > kMaxEntryNameLength) {
+  if (value == nullptr || !is_entry_name(name)) {
     return 1;
   }
   const int32_t index = Is_Special_Prop(name);

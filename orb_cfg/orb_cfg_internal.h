@@ -20,8 +20,6 @@ inline constexpr std::size_t kKeySize = 128;
 inline constexpr std::size_t kMaxNameLength = kKeySize - 1;
 // The longest name that the Cfgmgr_* entry points take.
 inline constexpr std::size_t kMaxEntryNameLength = 63;
-// Capacity of the counted store read.
-inline constexpr uint32_t kStrNCapacity = 1024;
 
 // One catalogue row. Its texts live in one constant character pool and are held as offsets into
 // it, so that the table needs no load-time relocation; the accessors give them as C texts.
@@ -67,9 +65,6 @@ int32_t setOrbConfigByType(const char *key, const char *value, int32_t type) noe
 // untouched), empties `out` when `clear_first`, reads through the special row or the store, and
 // cuts a delivered value to `len` - 1 characters. Returns a read status (0, 1 or 2).
 int32_t read_property(const char *name, char *out, unsigned int len, bool clear_first) noexcept;
-
-// A text read as a number the way strtol with base 10 reads it, held to the 32-bit range.
-int32_t read_number(const char *text) noexcept;
 
 // Reads and writes one field of the network record, for special_prop_table[index] of kind 0.
 // getNetworkProperty returns 0, or 1 when the field can't be read; setNetworkProperty the

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "session/session_types.h"
+#include "string/number.h"
 #include "tessera/session.h"
 
 constinit const char *const SsnTypeString[SSN_TYPE_COUNT] = {
@@ -39,9 +40,6 @@ constexpr std::array<TypeKeyword, 12> kTypeKeywords{{
     {"redfish", SSN_TYPE_REDFISH},
 }};
 
-bool is_space(char c) noexcept {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
 bool is_digit(char c) noexcept {
   return c >= '0' && c <= '9';
 }
@@ -56,7 +54,7 @@ struct Number {
 
 bool scan_number(const char *&text, Number &number) noexcept {
   const char *p = text;
-  while (is_space(*p)) {
+  while (strlib::is_space(*p)) {
     ++p;
   }
   number.negative = *p == '-';
@@ -74,22 +72,10 @@ bool scan_number(const char *&text, Number &number) noexcept {
   return true;
 }
 
-// "%u" of a session id variable. A number past the 32-bit range gives 4294967295 and a '-'
-// negates modulo 2^32, as the controller's C library does, on every target alike.
+// "%u" of a session id variable, 0 for none. A number past the 32-bit range gives 4294967295 and
+// a '-' negates modulo 2^32, as the controller's C library does, on every target alike.
 std::uint32_t session_id_of(const char *text) noexcept {
-  Number number{};
-  if (text == nullptr || !scan_number(text, number)) {
-    return 0;
-  }
-  std::uint64_t value = 0;
-  for (const char *p = number.digits; p != number.end; ++p) {
-    value = value * 10 + static_cast<std::uint64_t>(*p - '0');
-    if (value > UINT32_MAX) {
-      return UINT32_MAX;
-    }
-  }
-  const auto id = static_cast<std::uint32_t>(value);
-  return number.negative ? 0U - id : id;
+  return text != nullptr ? strlib::to_unsigned32(text, 10) : 0U;
 }
 
 // One octet of "%d": the number's low eight bits, however long the number (arithmetic modulo
