@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "../text_harness.h"
+#include "../harness.h"
 #include "capture_sink.h"
 #include "tessera/http.h"
 

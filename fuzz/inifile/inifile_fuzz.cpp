@@ -11,6 +11,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "../harness.h"
 #include "capture_sink.h"
 #include "tessera/inifile.h"
 
@@ -27,12 +28,7 @@ struct Section {
 };
 using Model = std::vector<Section>;
 
-void check(bool condition, const char *what) {
-  if (!condition) {
-    std::fprintf(stderr, "inifile fuzz: %s\n", what);
-    std::abort();
-  }
-}
+using tessera::fuzz::check;
 
 // An in-memory file reachable by path.
 struct MemoryFile {
@@ -142,8 +138,6 @@ void show_difference(const Model &expected, const Model &got) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static const MemoryFile input;

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "../text_harness.h"
+#include "../harness.h"
 #include "tessera/nvpair.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "../text_harness.h"
+#include "../harness.h"
 #include "tessera/nvpair.h"
 
 using tessera::fuzz::check;

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string>
 
-#include "../text_harness.h"
+#include "../harness.h"
 #include "capture_sink.h"
 #include "tessera/objpath.h"
 

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <vector>
 
+#include "../harness.h"
 #include "memory/heap.h"
 #include "orb_cfg/daemon_message.h"
 
@@ -17,19 +18,13 @@ namespace {
 using tessera::orb_cfg::DaemonMessage;
 using tessera::orb_cfg::DaemonOperation;
 
-void check(bool condition) {
-  if (!condition) {
-    __builtin_trap();
-  }
-}
+using tessera::fuzz::check;
 
 constexpr DaemonOperation kOperations[] = {
     tessera::orb_cfg::kGetProperty, tessera::orb_cfg::kGetDcsgenProperty,
     tessera::orb_cfg::kSetProperty, tessera::orb_cfg::kSetDcsgenProperty};
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 2) {

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 
+#include "../harness.h"
 #include "capture_sink.h"
 #include "fake_store.h"
 #include "orb_cfg/orb_cfg_internal.h"
@@ -20,11 +21,7 @@ namespace {
 using tessera::test::CaptureSink;
 using tessera::test::FakeStore;
 
-void check(bool condition) {
-  if (!condition) {
-    __builtin_trap();
-  }
-}
+using tessera::fuzz::check;
 
 // The store holds the value under the translated name, in the form the selector picks, so that
 // reads meet both matching and mismatching types.
@@ -47,8 +44,6 @@ void prime_store(FakeStore &store, uint8_t selector, const char *name, const std
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size == 0) {

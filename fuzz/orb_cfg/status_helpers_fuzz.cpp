@@ -10,21 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "../harness.h"
 #include "capture_sink.h"
 #include "fake_store.h"
 #include "tessera/orb_cfg.h"
 
-namespace {
-
-void check(bool condition) {
-  if (!condition) {
-    __builtin_trap();
-  }
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+using tessera::fuzz::check;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 4) {

@@ -5,16 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "fuzz_text.h"
+#include "../harness.h"
 #include "tessera/strlib.h"
 
-namespace {
-
-void check(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
+using tessera::fuzz::check;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, std::size_t size) {
   if (size == 0) return 0;

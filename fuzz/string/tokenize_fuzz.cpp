@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "fuzz_text.h"
+#include "../harness.h"
 #include "heap_seam.h"
 #include "tessera/strlib.h"
 #include "tests/string/strlib_test.h"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "fuzz_text.h"
+#include "../harness.h"
 #include "tessera/strlib.h"
 
 namespace {
