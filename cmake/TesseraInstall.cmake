@@ -9,12 +9,8 @@ install(DIRECTORY include/tessera DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPON
 
 # A tool links the platform components beside the library. Unless told otherwise, those are the
 # kit's replacements, installed with it.
-set(_tessera_platform "${TESSERA_PLATFORM_LIBS}")
-if(NOT _tessera_platform AND TESSERA_BUILD_KIT)
-  set(_tessera_platform ${TESSERA_KIT_LIBRARIES})
-endif()
 set(_tessera_pc_platform "")
-foreach(lib IN LISTS _tessera_platform)
+foreach(lib IN LISTS TESSERA_TOOL_PLATFORM_LIBS)
   if(TARGET ${lib})
     get_target_property(_name ${lib} OUTPUT_NAME)
     if(NOT _name)
