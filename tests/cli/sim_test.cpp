@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
+#include <thread>
 
 #include "fake_daemon.h"
 #include "run_tessera.h"
@@ -17,6 +19,19 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
+
+// A SIGKILL takes effect when the kernel next runs the process: waits, up to 5 s, until it has
+// (the process is gone or a zombie), so that what follows sees it dead.
+void wait_until_dead(pid_t pid) {
+  for (int i = 0; i < 500; ++i) {
+    const std::string stat = read_file("/proc/" + std::to_string(pid) + "/stat");
+    const auto paren = stat.rfind(')');
+    if (paren == std::string::npos || paren + 2 >= stat.size() || stat[paren + 2] == 'Z') {
+      return;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+}
 
 class Simulated : public ::testing::Test {
  protected:
@@ -156,6 +171,7 @@ TEST_F(Simulated, StatusAndShellReachTheDaemonsAndStopEndsThem) {
   EXPECT_THAT(out({"sim", "start"}), HasSubstr("runs already"));
   const std::string sessiond = scratch_->read("sim/tessera-sessiond.pid");
   ASSERT_EQ(kill(std::stoi(sessiond), SIGKILL), 0);
+  wait_until_dead(std::stoi(sessiond));
   EXPECT_EQ(tessera({"sim", "status"}).exit, 1);  // one of two
   EXPECT_THAT(out({"sim", "start", "--namespace"}), HasSubstr("tessera-sessiond (pid "));
   EXPECT_NE(scratch_->read("sim/tessera-sessiond.pid"), sessiond);
