@@ -224,7 +224,7 @@ int32_t inifileOpen(const char *path, InifileDocument **out) {
   if (path == nullptr || out == nullptr || longer_than(path, kMaxPath)) {
     return 1;
   }
-  UniqueFile file(std::fopen(path, "r"));
+  UniqueFile file(std::fopen(path, "re"));
   if (!file) {
     return 1;
   }

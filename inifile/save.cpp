@@ -39,7 +39,7 @@ extern "C" int32_t inifileSave(InifileDocument *document, const char *path) {
     return 11;
   }
   // Written in place: results of the writes and of the close are not looked at.
-  UniqueFile file(std::fopen(path, "w"));
+  UniqueFile file(std::fopen(path, "we"));
   if (!file) {
     return 11;
   }

@@ -110,7 +110,7 @@ int32_t session_manager_ipmiextd_communicate(void *message) {
     return kExchangeFailed;
   }
   auto *bytes = static_cast<uint8_t *>(message);
-  const tessera::UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+  const tessera::UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket.valid()) {
     return kExchangeFailed;
   }

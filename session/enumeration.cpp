@@ -158,10 +158,9 @@ int32_t ssn_has_subssn(uint32_t id, uint32_t kind) {
   if (found == 0) {
     return 0;
   }
-  // The record's child count is the capacity offered to the store, so no more than the array
-  // holds, and only the ids the store could have written are looked at.
-  const int32_t capacity = std::clamp(record.children, 0, kIdCapacity);
-  int32_t count = capacity;
+  // The record's child count goes to the store as it stands, zero and negative too; only a
+  // count beyond the id array is lowered to its size, so the store can't write past it.
+  int32_t count = std::min(record.children, kIdCapacity);
   IdArray children{};
   if (orb_session_get_children_info(id, &count, children.data()) != 0) {
     return 0;
@@ -170,7 +169,8 @@ int32_t ssn_has_subssn(uint32_t id, uint32_t kind) {
   if (keyword == nullptr) {
     return 0;
   }
-  for (std::size_t i = 0; i < usable_ids(count, capacity); ++i) {
+  // Every child the store says it returned, at most the array's 100.
+  for (std::size_t i = 0; i < usable_ids(count, kIdCapacity); ++i) {
     static_cast<void>(read_session(children[i], record));
     if (type_keyword(record) == keyword) {
       return found;
@@ -188,7 +188,7 @@ uint32_t ssn_subssn_count(uint32_t kind) {
   int32_t count = 0;
   IdArray ids{};
   static_cast<void>(orb_session_get_type_info(keyword, &count, ids.data()));
-  return count > 0 ? static_cast<uint32_t>(count) : 0U;
+  return static_cast<uint32_t>(count);  // whatever the call left, a negative count too
 }
 
 uint32_t get_privilege(const char *user) {

@@ -44,31 +44,25 @@ bool is_digit(char c) noexcept {
   return c >= '0' && c <= '9';
 }
 
-// The digits of one decimal number as scanf finds it: blanks, an optional sign, then at least
-// one digit. Moves `text` behind the number; false when there is no number.
-struct Number {
-  const char *digits;
-  const char *end;
-  bool negative;
-};
-
-bool scan_number(const char *&text, Number &number) noexcept {
+// One number of "%d" as the controller's C library reads it: blanks, an optional sign, then at
+// least one digit, saturated to the signed 32-bit range. Moves `text` behind the number; false
+// when there is no number.
+bool scan_number(const char *&text, std::int32_t &value) noexcept {
   const char *p = text;
   while (strlib::is_space(*p)) {
     ++p;
   }
-  number.negative = *p == '-';
   if (*p == '-' || *p == '+') {
     ++p;
   }
   if (!is_digit(*p)) {
     return false;
   }
-  number.digits = p;
+  value = strlib::to_signed32(text, 10);
   while (is_digit(*p)) {
     ++p;
   }
-  number.end = text = p;
+  text = p;
   return true;
 }
 
@@ -76,16 +70,6 @@ bool scan_number(const char *&text, Number &number) noexcept {
 // a '-' negates modulo 2^32, as the controller's C library does, on every target alike.
 std::uint32_t session_id_of(const char *text) noexcept {
   return text != nullptr ? strlib::to_unsigned32(text, 10) : 0U;
-}
-
-// One octet of "%d": the number's low eight bits, however long the number (arithmetic modulo
-// 256 keeps exactly those bits).
-std::uint32_t octet_of(const Number &number) noexcept {
-  std::uint32_t low = 0;
-  for (const char *p = number.digits; p != number.end; ++p) {
-    low = (low * 10 + static_cast<std::uint32_t>(*p - '0')) & 0xFFU;
-  }
-  return (number.negative ? 0U - low : low) & 0xFFU;
 }
 
 }  // namespace
@@ -111,8 +95,6 @@ const char *child_keyword(std::uint32_t kind) noexcept {
 }
 
 }  // namespace tessera::session
-
-using tessera::session::Number;
 
 uint32_t str2ssntype(const char *keyword) {
   return keyword != nullptr ? tessera::session::type_code(keyword) : SSN_TYPE_UNKNOWN;
@@ -143,11 +125,12 @@ uint32_t ssn_atoip(const char *text) {
     if (shift != 0 && *text++ != '.') {
       break;
     }
-    Number number{};
+    // Only the low eight bits of each number count, after it saturated as a 32-bit long.
+    std::int32_t number = 0;
     if (!tessera::session::scan_number(text, number)) {
       break;
     }
-    address |= tessera::session::octet_of(number) << shift;
+    address |= (static_cast<uint32_t>(number) & 0xFFU) << shift;
   }
   return address;
 }

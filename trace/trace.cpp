@@ -52,11 +52,16 @@ void append_to_log_file(const char *text, std::size_t length) {
   }
 }
 
-// "%08X" of the address (at least eight digits: more on a 64-bit host), then the line body.
+// The address as the controller prints it, eight digits: its low 32 bits on a 64-bit host too,
+// so that a dump has the same columns on every target.
+uint32_t low_address(const void *data) {
+  return static_cast<uint32_t>(reinterpret_cast<std::uintptr_t>(data));
+}
+
+// "%08X" of the address, then the line body.
 void format_line(const unsigned char *bytes, int32_t count, char *line, std::size_t size) {
   static constexpr char kDigits[] = "0123456789ABCDEF";
-  const int digits =
-      std::snprintf(line, size, "%08" PRIXPTR, reinterpret_cast<std::uintptr_t>(bytes));
+  const int digits = std::snprintf(line, size, "%08" PRIX32, low_address(bytes));
   char *body = line + digits;
   std::memcpy(body, kLineBody, sizeof kLineBody);
   for (int32_t i = 0; i < count; ++i) {
@@ -130,10 +135,10 @@ extern "C" void TraceHexDump(uint32_t level, const char *title, const void *data
   }
   const auto *bytes = static_cast<const unsigned char *>(data);
   std::printf("%s", title != nullptr ? title : "");
-  std::printf("             Starting Address: 0x%08" PRIXPTR "   Length: %d(0x%02X)\n",
-              reinterpret_cast<std::uintptr_t>(data), static_cast<int>(length),
+  std::printf("             Starting Address: 0x%08" PRIX32 "   Length: %d(0x%02X)\n",
+              low_address(data), static_cast<int>(length),
               static_cast<unsigned int>(length));
-  char line[2 * sizeof(std::uintptr_t) + sizeof kLineBody];
+  char line[8 + sizeof kLineBody];
   for (int32_t start = 0; start < length; start += kBytesPerLine) {
     format_line(bytes + start, std::min(kBytesPerLine, length - start), line, sizeof line);
     std::printf("   %s\n", line);

@@ -213,8 +213,9 @@ TEST_F(Sessions, ChildSessionsAnswerByKind) {
     size_t calls;
     int32_t count_in;
   };
+  // The record's count goes to the store as it stands (-4 too); only 500 is lowered to 100.
   const Case cases[] = {{1, 0, true, 3, 2},   {1, 1, true, 4, 2},  {2, 0, false, 4, 2},
-                        {3, 0, true, 5, 3},   {4, 0, false, 3, 1}, {5, 0, false, 2, 0},
+                        {3, 0, true, 5, 3},   {4, 0, false, 4, 1}, {5, 0, false, 3, -4},
                         {6, 0, true, 3, 100}, {1, 2, false, 2, 2}, {99, 0, false, 1, 0}};
   for (const auto &c : cases) {
     store().clear_calls();
@@ -223,6 +224,9 @@ TEST_F(Sessions, ChildSessionsAnswerByKind) {
     const auto children = store().calls("orb_session_get_children_info");
     EXPECT_EQ(children.empty() ? 0 : children[0].count_in, c.count_in);
   }
+  // Every child the store returned is looked at, also one beyond the count it was given.
+  store().set_fill_past_count(true);
+  EXPECT_NE(ssn_has_subssn(4, 0), 0);
   store().fail("orb_session_get_children_info");
   EXPECT_EQ(ssn_has_subssn(1, 0), 0);
 }
@@ -239,6 +243,8 @@ TEST_F(Sessions, ChildCountCoversTheWholeSystem) {
   store().clear_calls();
   EXPECT_EQ(ssn_subssn_count(2), 0U);
   EXPECT_TRUE(store().calls().empty());
+  store().set_reported_count(-3);  // the count the call left, whatever it is
+  EXPECT_EQ(ssn_subssn_count(SSN_CHILD_VKVM), 0xFFFFFFFDU);
   store().fail("orb_session_get_type_info");
   EXPECT_EQ(ssn_subssn_count(SSN_CHILD_VKVM), 0U);
 }

@@ -34,14 +34,16 @@ TEST(SessionAddress, TextsAndAddressesConvertWithTheFirstOctetLow) {
   EXPECT_STREQ(ssn_iptostr(text, 0x0100A8C0), "192.168.0.1");
   EXPECT_STREQ(ssn_iptostr(text, 0), "serial");
   EXPECT_EQ(ssn_iptostr(nullptr, 1), nullptr);
-  // Numbers count by their low eight bits; octets that no number fills are 0.
+  // Numbers count by their low eight bits once saturated to 32 bits, as the controller reads
+  // them; octets that no number fills are 0.
   // clang-format off
   const std::pair<const char *, uint32_t> cases[] = {
       {"300.1.1.1", 0x0101012C}, {"-1.0.0.1", 0x010000FF}, {"+5.6.7.8", 0x08070605},
       {"1.2.3.4junk", 0x04030201}, {" 1. 2.\t3.4", 0x04030201}, {"10.1", 0x0000010A},
       {"1 .2.3.4", 1}, {"1..2.3", 1}, {"", 0}, {"-", 0}, {"localhost", 0}, {"fe80::1", 0},
-      {"2001:db8::1", 0xD1}, {"4294967596.0.0.1", 0x0100002C},
-      {"123456789012345678901234567890.0.0.0", 0xD2}, {nullptr, 0}};
+      {"2001:db8::1", 0xD1}, {"4294967596.0.0.1", 0x010000FF}, {"2147483948.0.0.1", 0x010000FF},
+      {"-4294967596.0.0.1", 0x01000000}, {"123456789012345678901234567890.0.0.0", 0xFF},
+      {nullptr, 0}};
   // clang-format on
   for (const auto &[input, address] : cases) {
     EXPECT_EQ(ssn_atoip(input), address) << (input ? input : "(null)");

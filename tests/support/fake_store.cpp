@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "store_client/platform.h"
 #include "tessera/store_client.h"
 
 namespace tessera::test {
@@ -52,6 +53,8 @@ void FakeStore::reset() {
   listings_.clear();
   functions_.clear();
   event_result_ = 0;
+  fill_past_count_ = false;
+  reported_count_.reset();
   calls_.clear();
 }
 
@@ -101,6 +104,16 @@ void FakeStore::add_session(uint32_t id, const SessionRecord &record,
 void FakeStore::set_type_listing(const std::string &type, std::vector<uint32_t> ids) {
   std::lock_guard lock(mutex_);
   listings_[type] = std::move(ids);
+}
+
+void FakeStore::set_fill_past_count(bool fill) {
+  std::lock_guard lock(mutex_);
+  fill_past_count_ = fill;
+}
+
+void FakeStore::set_reported_count(std::optional<int32_t> count) {
+  std::lock_guard lock(mutex_);
+  reported_count_ = count;
 }
 
 void FakeStore::on_function(const std::string &name, RemoteFunction function) {
@@ -225,13 +238,13 @@ int32_t FakeStore::session_list(const char *function, const std::string &name, u
     }
   }
   // Fill at most the capacity passed in; hand back how many there are.
-  const auto filled =
-      std::min<std::size_t>(found.size(), static_cast<std::size_t>(std::max<int32_t>(capacity, 0)));
+  const auto room = fill_past_count_ ? store::kIdArrayCapacity : std::max<int32_t>(capacity, 0);
+  const auto filled = std::min<std::size_t>(found.size(), static_cast<std::size_t>(room));
   if (ids != nullptr) {
     std::copy_n(found.begin(), filled, ids);
   }
   if (count != nullptr) {
-    *count = static_cast<int32_t>(found.size());
+    *count = reported_count_.value_or(static_cast<int32_t>(found.size()));
   }
   return 0;
 }

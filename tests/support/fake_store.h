@@ -74,6 +74,10 @@ class FakeStore {
   // record holds the type keyword ("" lists all) unless a listing has been set for that type.
   void add_session(uint32_t id, const SessionRecord &record, std::vector<uint32_t> children = {});
   void set_type_listing(const std::string &type, std::vector<uint32_t> ids);
+  // A careless store: the list calls fill the whole id array whatever count they were given, or
+  // report this count instead of how many they found.
+  void set_fill_past_count(bool fill);
+  void set_reported_count(std::optional<int32_t> count);
 
   // Remote functions by name; a name without a function fails with -1.
   void on_function(const std::string &name, RemoteFunction function);
@@ -114,6 +118,8 @@ class FakeStore {
   std::map<std::string, std::vector<uint32_t>> listings_;
   std::map<std::string, RemoteFunction> functions_;
   int32_t event_result_ = 0;
+  bool fill_past_count_ = false;
+  std::optional<int32_t> reported_count_;
   std::vector<StoreCall> calls_;
 };
 

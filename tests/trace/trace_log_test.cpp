@@ -155,9 +155,10 @@ TEST_F(TraceLog, EachMessageHasItsOwnBufferAndIsLostWithoutOne) {
   EXPECT_EQ(read_file(log_), "x\n");
 }
 
+// Eight digits on every target: the low 32 bits of the address.
 std::string address(const void *data) {
   char text[32];
-  std::snprintf(text, sizeof text, "%08" PRIXPTR, reinterpret_cast<uintptr_t>(data));
+  std::snprintf(text, sizeof text, "%08" PRIX32, static_cast<uint32_t>(reinterpret_cast<uintptr_t>(data)));
   return text;
 }
 
@@ -203,6 +204,8 @@ TEST_F(TraceLog, HexDumpPrintsExactLines) {
   TraceHexDump(2, "", many.data(), 300);
   const std::string text = out.text();
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1 + 19 + 1);  // head, 18 lines and 12 bytes
+  // Every line has the controller's 76 columns behind its three blanks, on any host.
+  EXPECT_EQ(text.find('\n', text.find('\n') + 1) - text.find('\n') - 1, 3U + 76U);
   EXPECT_EQ(text.rfind(head("", many.data(), "300(0x12C)"), 0), 0U);
   EXPECT_NE(text.find(line(many.data() + 288,
                            "2E 2E 2E 2E 2E 2E 2E 2E-2E 2E 2E 2E __ __ __ __|"
