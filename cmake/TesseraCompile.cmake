@@ -23,6 +23,16 @@ if(TESSERA_SANITIZE)
   add_link_options("-fsanitize=${TESSERA_SANITIZE}")
 endif()
 
+# Coverage: clang's source-based instrumentation everywhere; tools/coverage reads the counts.
+if(TESSERA_COVERAGE)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "TESSERA_COVERAGE needs clang")
+  endif()
+  add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+  add_compile_definitions(TESSERA_COVERAGE=1)
+  add_link_options(-fprofile-instr-generate)
+endif()
+
 # Warnings for a target of ours (not for third-party code built alongside).
 function(tessera_warnings target)
   target_compile_options(${target} PRIVATE
@@ -65,9 +75,13 @@ function(tessera_shared_library_links target exports_list)
   file(CONFIGURE OUTPUT "${_map}" CONTENT "${_script}")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${exports_list}")
   set_target_properties(${target} PROPERTIES LINK_DEPENDS "${_map}")
-  target_link_options(${target} PRIVATE -nodefaultlibs -Wl,--as-needed -Wl,-z,relro -Wl,-z,now
+  target_link_options(${target} PRIVATE -Wl,--as-needed -Wl,-z,relro -Wl,-z,now
     "-Wl,--version-script=${_map}")
-  target_link_libraries(${target} PRIVATE c gcc)
+  # Coverage builds keep the default libraries: the profile runtime, linked last, needs them.
+  if(NOT TESSERA_COVERAGE)
+    target_link_options(${target} PRIVATE -nodefaultlibs)
+    target_link_libraries(${target} PRIVATE c gcc)
+  endif()
 endfunction()
 
 # Fuzzing: with clang under AddressSanitizer the harnesses are libFuzzer programs, and all code is

@@ -28,8 +28,8 @@ inline constexpr int32_t kChanged = PROP_TYPE_CONFIG_CHANGED;
 
 // The id of a row, or of a family of rows: base + step * N.
 struct Id {
-  constexpr Id(int32_t id) : base(id) {}  // NOLINT(google-explicit-constructor): reads as data
-  constexpr Id(int32_t id_base, int32_t id_step) : base(id_base), step(id_step) {}
+  consteval Id(int32_t id) : base(id) {}  // NOLINT(google-explicit-constructor): reads as data
+  consteval Id(int32_t id_base, int32_t id_step) : base(id_base), step(id_step) {}
   int32_t base;
   int32_t step = 0;
 };
@@ -41,10 +41,10 @@ struct Range {
   int32_t last = 0;
   bool block = false;
 };
-constexpr Range each(int32_t first, int32_t last) {
+consteval Range each(int32_t first, int32_t last) {
   return {first, last, false};
 }
-constexpr Range block(int32_t first, int32_t last) {
+consteval Range block(int32_t first, int32_t last) {
   return {first, last, true};
 }
 
@@ -60,9 +60,10 @@ struct Line {
 };
 
 // The catalogue in table order. A function rather than a variable, so that the line data exists
-// only while the compiler builds the table.
+// only while the compiler builds the table; it and every helper of the build are consteval, so
+// that none of them reaches the binary.
 // clang-format off
-constexpr auto lines() {
+consteval auto lines() {
   return std::to_array<Line>({
     {0, 0, kNone, "", "", ""},
     {1, 8, kBool, "gui_bool_gui_enabled", "WEBSERVER/enable", "1"},
@@ -272,7 +273,7 @@ inline constexpr PropertyRow kEndRow{-1, -1, -1, kNoText, kNoText, 0, 0, 0};
 
 // Calls visit(line, n) for every row of the catalogue, in table order.
 template <class Visit>
-constexpr void for_each_row(Visit visit) {
+consteval void for_each_row(Visit visit) {
   const auto all = lines();
   for (std::size_t i = 0; i < all.size();) {
     const Range &n = all[i].n;
@@ -290,20 +291,20 @@ constexpr void for_each_row(Visit visit) {
   }
 }
 
-constexpr std::size_t decimal_length(int32_t n) {
+consteval std::size_t decimal_length(int32_t n) {
   return n < 10 ? 1 : 1 + decimal_length(n / 10);
 }
 
 // Length of a name of line text with "{N}" put as the number n.
-constexpr std::size_t expanded_length(std::string_view text, int32_t n) {
+consteval std::size_t expanded_length(std::string_view text, int32_t n) {
   const std::size_t at = text.find("{N}");
   return at == std::string_view::npos ? text.size() : text.size() - 3 + decimal_length(n);
 }
 
 // The pool holds one empty text at offset 0 and every non-empty text once per row.
-constexpr std::size_t pool_size() {
+consteval std::size_t pool_size() {
   std::size_t size = 1;
-  for_each_row([&size](const Line &line, int32_t n) {
+  for_each_row([&size](const Line &line, int32_t n) consteval {
     for (std::string_view text : {line.store_key, line.legacy_path, line.default_value}) {
       size += text.empty() ? 0 : expanded_length(text, n) + 1;
     }
@@ -311,9 +312,9 @@ constexpr std::size_t pool_size() {
   return size;
 }
 
-constexpr std::size_t row_count() {
+consteval std::size_t row_count() {
   std::size_t rows = 0;
-  for_each_row([&rows](const Line &, int32_t) { ++rows; });
+  for_each_row([&rows](const Line &, int32_t) consteval { ++rows; });
   return rows;
 }
 
@@ -321,9 +322,9 @@ static_assert(row_count() == kPropertyRowCount, "the catalogue has 288 rows");
 static_assert(pool_size() < kNoText, "pool offsets are 16-bit");
 
 // The length fields of a row hold a byte.
-constexpr bool names_fit_their_length_fields() {
+consteval bool names_fit_their_length_fields() {
   bool fit = true;
-  for_each_row([&fit](const Line &line, int32_t n) {
+  for_each_row([&fit](const Line &line, int32_t n) consteval {
     fit = fit && expanded_length(line.store_key, n) <= UINT8_MAX &&
           expanded_length(line.legacy_path, n) <= UINT8_MAX;
   });
@@ -336,11 +337,11 @@ struct Catalogue {
   std::array<char, pool_size()> pool{};
 };
 
-constexpr Catalogue build() {
+consteval Catalogue build() {
   Catalogue catalogue;
   std::size_t used = 1;  // pool[0] is the empty text
   // Puts a text into the pool and gives its offset.
-  auto put = [&catalogue, &used](std::string_view text, int32_t n) -> uint16_t {
+  auto put = [&catalogue, &used](std::string_view text, int32_t n) consteval -> uint16_t {
     if (text.empty()) {
       return 0;
     }
@@ -364,7 +365,7 @@ constexpr Catalogue build() {
     return at;
   };
   std::size_t index = 0;
-  for_each_row([&](const Line &line, int32_t n) {
+  for_each_row([&](const Line &line, int32_t n) consteval {
     catalogue.rows[index++] = PropertyRow{
         line.group,
         line.id.base + line.id.step * n,
@@ -382,7 +383,7 @@ constexpr Catalogue build() {
 
 // What every reader of the table relies on: a store key exactly when the id is non-zero, and an
 // all-empty first row.
-constexpr bool rows_are_consistent() {
+consteval bool rows_are_consistent() {
   const Catalogue catalogue = build();
   const PropertyRow &first = catalogue.rows[0];
   if (first.group != 0 || first.id != 0 || first.type != 0 || first.store_key_size != 0 ||
@@ -399,9 +400,9 @@ constexpr bool rows_are_consistent() {
 static_assert(rows_are_consistent());
 
 // The longest store key or legacy path: a longer name is known to have no row.
-constexpr std::size_t longest_name() {
+consteval std::size_t longest_name() {
   std::size_t longest = 0;
-  for_each_row([&longest](const Line &line, int32_t n) {
+  for_each_row([&longest](const Line &line, int32_t n) consteval {
     longest = std::max(
         {longest, expanded_length(line.store_key, n), expanded_length(line.legacy_path, n)});
   });
