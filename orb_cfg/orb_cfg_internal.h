@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "store_client/daemon_message.h"
 #include "tessera/orb_cfg.h"
 
 namespace tessera::orb_cfg {
@@ -71,5 +72,16 @@ int32_t read_property(const char *name, char *out, unsigned int len, bool clear_
 // result of the network apply (0 for success), or 1 when the value can't be written.
 int32_t getNetworkProperty(const char *name, char *out, int32_t index) noexcept;
 int32_t setNetworkProperty(const char *name, const char *value, int32_t index) noexcept;
+
+// The steps of a property operation through the mapping daemon, apart so that the reply handling
+// can be driven on its own. fill_property_request writes direction, operation, the name cut to 320
+// characters and, for a write, the value cut to `value_limit` characters into a zeroed message.
+// take_property_reply reads the reply of `operation`: 0 on success, with a read's value delivered
+// to `out` cut to `len` - 1 characters; else the refusal's status (1 for a DCSGEN read), or 1 when
+// a read's value has no terminator inside its field. `out` is untouched unless the result is 0.
+void fill_property_request(wire::DaemonMessage &message, wire::DaemonOperation operation,
+                           const char *name, const char *value, std::size_t value_limit) noexcept;
+int32_t take_property_reply(const wire::DaemonMessage &message, wire::DaemonOperation operation,
+                            char *out, unsigned int len) noexcept;
 
 }  // namespace tessera::orb_cfg
