@@ -6,15 +6,20 @@
 #include <cstdio>
 #include <cstring>
 
-#include "orb_cfg/network_record.h"
 #include "orb_cfg/orb_cfg_internal.h"
+#include "store_client/network_record.h"
 #include "store_client/platform.h"
 #include "string/number.h"
 #include "tessera/orb_cfg.h"
 #include "tessera/store_client.h"
 
 namespace tessera::orb_cfg {
+
+using namespace wire;  // NOLINT(google-build-using-namespace): the record is this file's subject
+
 namespace {
+
+static_assert(sizeof(NetworkRecord) == TESSERA_NETWORK_RECORD_SIZE);
 
 // Where a special row's `source` points: a field of the network record (1 to 27, 40 to 53), or,
 // for the firmware rows (54 to 57), a field of the firmware record, which nothing here fetches.
@@ -125,7 +130,6 @@ void start_change_request(NetworkRecord &record) {
   std::memcpy(record.word_514, &kUnchangedWord, sizeof kUnchangedWord);
   std::memcpy(record.word_516, &kUnchangedWord, sizeof kUnchangedWord);
 }
-inline constexpr uint16_t kFirstMaskBit = 0x8000;
 
 }  // namespace
 
@@ -199,8 +203,8 @@ int32_t setNetworkProperty(const char *name, const char *value, int32_t index) n
       }
       if (length == 0) {
         const uint16_t code = special_prop_table[index].clear_code;
-        if ((code & kFirstMaskBit) != 0) {
-          put_u32_or(record.clear_mask_first, static_cast<uint32_t>(code & ~kFirstMaskBit));
+        if ((code & kClearCodeFirstMask) != 0) {
+          put_u32_or(record.clear_mask_first, static_cast<uint32_t>(code & ~kClearCodeFirstMask));
         } else {
           put_u32_or(record.clear_mask_second, code);
         }

@@ -15,6 +15,9 @@ namespace tessera::orb_cfg {
 inline constexpr int32_t kPropertyRowCount = 288;
 // special_prop_table rows, the end row not counted.
 inline constexpr int32_t kSpecialRowCount = 58;
+// A row's clear_code: this bit set, the low 15 bits go into the network record's first clear
+// mask; not set, the whole code goes into the second.
+inline constexpr uint16_t kClearCodeFirstMask = 0x8000;
 
 // The store name buffer of convert_prop_name, and the longest name it translates.
 inline constexpr std::size_t kKeySize = 128;

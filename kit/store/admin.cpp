@@ -12,6 +12,8 @@ using namespace tessera::kit;
 
 namespace {
 
+static_assert(sizeof(NetworkRecord) == TESSERA_STORE_NETWORK_SIZE);
+
 constexpr std::size_t kSensorNameMax = kSensorRecordSize - 5;
 
 int result_of(bool done) {
@@ -104,12 +106,10 @@ int tessera_store_rollback(void) {
 int tessera_store_reset(void) {
   return with_database([](Database &db) {
     Transaction transaction(db);
-    const NetworkRecordBytes fresh = fresh_network_record();
-    Statement network = db.prepare("REPLACE INTO network(id, record) VALUES (1, ?)");
     return result_of(transaction.ok() &&
                      db.exec("DELETE FROM config; DELETE FROM sessions; DELETE FROM users; "
                              "DELETE FROM sensors; DELETE FROM mapped; DELETE FROM events;") &&
-                     network.bind(fresh).run() && transaction.commit());
+                     write_network(db, fresh_network_record()) && transaction.commit());
   });
 }
 

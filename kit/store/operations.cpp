@@ -63,7 +63,7 @@ std::optional<NetworkRecord> read_network(Database &db) {
 
 bool write_network(Database &db, const NetworkRecord &record) {
   Statement update = db.prepare("REPLACE INTO network(id, record) VALUES (1, ?)");
-  return update.bind(std::span(reinterpret_cast<const uint8_t *>(&record), sizeof record)).run();
+  return update.bind(bytes_of(record)).run();
 }
 
 std::optional<std::vector<uint32_t>> sessions_of_type(Database &db, std::string_view type) {

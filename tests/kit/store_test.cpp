@@ -10,13 +10,13 @@
 #include <vector>
 
 #include "kit_support.h"
-#include "orb_cfg/network_record.h"
 #include "session/session_records.h"
+#include "store_client/network_record.h"
 
 namespace tessera::kit::test {
 namespace {
 
-using orb_cfg::NetworkRecord;
+using wire::NetworkRecord;
 
 class Store : public ::testing::Test {
  protected:
