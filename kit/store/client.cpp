@@ -9,8 +9,8 @@
 #include "kit/store/database.h"
 #include "kit/store/operations.h"
 #include "kit/store/tessera_store.h"
-#include "session/session_records.h"
 #include "store_client/platform.h"
+#include "store_client/session_record.h"
 #include "tessera/store_client.h"
 
 namespace tessera::kit {
@@ -129,13 +129,13 @@ int32_t get_sensors(uint32_t *length, uint32_t capacity, void *output) {
 // "osi_function_getuser": the privilege of the user named at the start of the request, at
 // offset 516 of the response. An unknown user fails.
 int32_t get_user(uint32_t *length, const void *input, uint32_t capacity, void *output) {
-  using session::PrivilegeResponse;
+  using wire::PrivilegeResponse;
   Database *db = Database::current();
   if (input == nullptr || *length == 0 || output == nullptr ||
       capacity < sizeof(PrivilegeResponse) || db == nullptr) {
     return kCallFailed;
   }
-  const std::size_t limit = std::min<std::size_t>(*length, session::kPrivilegeBlockSize) - 1;
+  const std::size_t limit = std::min<std::size_t>(*length, wire::kPrivilegeBlockSize) - 1;
   const std::string_view user = cut(static_cast<const char *>(input), limit);
   const auto privilege = user.empty() ? std::nullopt : read_privilege(*db, user);
   if (!privilege) {
@@ -212,7 +212,7 @@ TESSERA_STORE_API int32_t orb_session_get_info(uint32_t id, void *record) {
   if (!children) {
     return kConfigFailed;
   }
-  tessera::session::SessionRecord out{};
+  tessera::wire::SessionRecord out{};
   std::memcpy(out.type, session->type, sizeof out.type);
   std::memcpy(out.user, session->user, sizeof out.user);
   std::memcpy(out.address, session->address, sizeof out.address);

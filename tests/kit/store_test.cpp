@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "kit_support.h"
-#include "session/session_records.h"
 #include "store_client/network_record.h"
+#include "store_client/session_record.h"
 
 namespace tessera::kit::test {
 namespace {
@@ -116,7 +116,7 @@ TEST_F(Store, HandsOutSessionRecordsChildrenAndTypeLists) {
   EXPECT_EQ(add_session(session(4, "SSH", "", "", 99)), TESSERA_STORE_ERROR) << "unknown parent";
   EXPECT_EQ(add_session(session(7, "webgui", "", "", 8)), TESSERA_STORE_ERROR) << "a loop";
 
-  session::SessionRecord record{};
+  wire::SessionRecord record{};
   ASSERT_NE(o.session_info(3, &record), 0);
   EXPECT_EQ(std::strlen(record.user), 320U);
   EXPECT_EQ(o.session_info(5, &record), 0);
