@@ -14,8 +14,6 @@ namespace {
 
 static_assert(sizeof(NetworkRecord) == TESSERA_STORE_NETWORK_SIZE);
 
-constexpr std::size_t kSensorNameMax = kSensorRecordSize - 5;
-
 int result_of(bool done) {
   return done ? TESSERA_STORE_OK : TESSERA_STORE_ERROR;
 }
@@ -252,7 +250,7 @@ int tessera_store_add_sensor(uint8_t index, char kind, const char *name) {
     Transaction transaction(db);
     Statement count = db.prepare("SELECT count(*) FROM sensors");
     if (!transaction.ok() || !count.row() ||
-        count.integer(0) >= static_cast<int64_t>(kMaxSensors)) {
+        count.integer(0) >= static_cast<int64_t>(tessera::wire::kMaxSensorRecords)) {
       return TESSERA_STORE_ERROR;
     }
     Statement insert = db.prepare("INSERT INTO sensors(sensor, kind, name) VALUES (?, ?, ?)");

@@ -113,14 +113,14 @@ int32_t get_sensors(uint32_t *length, uint32_t capacity, void *output) {
   if (!sensors) {
     return kCallFailed;
   }
-  const std::size_t room = capacity / kSensorRecordSize;
+  const std::size_t room = capacity / sizeof(SensorRecord);
   const std::size_t count = std::min(room, sensors->size());
   auto *out = static_cast<uint8_t *>(output);
-  for (std::size_t i = 0; i < count; ++i) {
-    std::memcpy(out + i * kSensorRecordSize, (*sensors)[i].data(), kSensorRecordSize);
+  if (count > 0) {
+    std::memcpy(out, sensors->data(), count * sizeof(SensorRecord));
   }
   if (count < room) {
-    std::memset(out + count * kSensorRecordSize, 0, kSensorRecordSize);
+    std::memset(out + count * sizeof(SensorRecord), 0, sizeof(SensorRecord));
   }
   *length = static_cast<uint32_t>(count);
   return kCallDone;
