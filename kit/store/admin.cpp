@@ -1,9 +1,9 @@
 // Administration of the workstation store: seeding and inspection for the kit's daemons and
 // tools (tessera_store.h).
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
+#include "kit/number.h"
 #include "kit/store/database.h"
 #include "kit/store/operations.h"
 #include "kit/store/tessera_store.h"
@@ -120,7 +120,7 @@ int tessera_store_set_value(const char *key, int type, const char *text) {
   if (type == TESSERA_STORE_TEXT) {
     value.text = cut(text, TESSERA_STORE_TEXT_MAX);
   } else {
-    const auto number = static_cast<int32_t>(std::strtol(text, nullptr, 10));
+    const int32_t number = decimal_int32(text);
     value.number = type == TESSERA_STORE_BOOL ? (number != 0 ? 1 : 0) : number;
   }
   return with_database([&](Database &db) { return result_of(write_value(db, key, value)); });
