@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 
 #include "orb_cfg/orb_cfg_internal.h"
 #include "store_client/platform.h"
@@ -87,26 +86,23 @@ int32_t read_property(const char *name, char *out, unsigned int len, bool clear_
   return 0;
 }
 
-Split split_index_suffix(const char *name, std::size_t length) noexcept {
-  std::size_t digits = 0;
-  while (digits < kMaxSuffixDigits && digits < length && is_digit(name[length - 1 - digits])) {
-    ++digits;
-  }
-  int32_t number = 0;
-  for (std::size_t i = length - digits; i < length; ++i) {
-    number = number * 10 + (name[i] - '0');
-  }
-  return {length - digits, number, digits > 0};
-}
-
 int32_t splitPropertyIndexSuffix(const char *name, char *stem, int32_t *number) noexcept {
   if (name == nullptr) {
     name = "";
   }
-  const Split split = split_index_suffix(name, std::strlen(name));
-  copy_name(stem, name, split.stem_length);
-  *number = split.number;
-  return split.split ? 1 : 0;
+  const std::size_t length = std::strlen(name);
+  std::size_t digits = 0;
+  while (digits < kMaxSuffixDigits && digits < length && is_digit(name[length - 1 - digits])) {
+    ++digits;
+  }
+  *number = 0;
+  for (std::size_t i = length - digits; i < length; ++i) {
+    *number = *number * 10 + (name[i] - '0');
+  }
+  if (stem != nullptr) {
+    copy_name(stem, name, length - digits);
+  }
+  return digits > 0 ? 1 : 0;
 }
 
 int32_t setOrbConfigByType(const char *key, const char *value, int32_t type) noexcept {
@@ -218,15 +214,20 @@ int32_t Is_Special_Prop(const char *name) {
   if (name == nullptr) {
     return -1;
   }
-  const std::string_view whole(name);
-  const Split split = split_index_suffix(name, whole.size());
-  if (split.split) {
+  // Room for the stem of any name that the Cfgmgr_* paths take. A longer name is longer than
+  // every special name and every stem of one: it is split for the report alone.
+  char stem[kMaxEntryNameLength + 1];
+  const bool fits = strnlen(name, sizeof stem) < sizeof stem;
+  int32_t number = 0;
+  if (splitPropertyIndexSuffix(name, fits ? stem : nullptr, &number) != 0) {
     REPORT_DEBUG("split = %d\n", 1);
   }
-  const std::string_view stem(name, split.stem_length);
+  if (!fits) {
+    return -1;
+  }
   for (int32_t i = 0; special_prop_table[i].source != 0; ++i) {
-    const std::string_view row(special_prop_table[i].name);
-    if (row == whole || row == stem) {
+    const char *row = special_prop_table[i].name;
+    if (std::strcmp(row, name) == 0 || std::strcmp(row, stem) == 0) {
       return i;
     }
   }

@@ -49,17 +49,10 @@ extern const std::array<PropertyRow, kPropertyRowCount + 1> property_table;
 // Index of the first row whose store key is `key`, or -1.
 int32_t findOrbPropertyIndex(const char *key) noexcept;
 
-// Splits up to three trailing digits off `name`: `stem` (room for the name) gets the rest and
-// `number` their value. Returns 1 when the name ends in a digit, else 0 (stem = name, number 0).
+// Splits up to three trailing digits off `name`: `stem` (room for the name; null when only the
+// answer and the number are wanted) gets the rest and `number` their value. Returns 1 when the
+// name ends in a digit, else 0 (stem = name, number 0).
 int32_t splitPropertyIndexSuffix(const char *name, char *stem, int32_t *number) noexcept;
-
-// Length of the stem that splitPropertyIndexSuffix would give, and the number, without copying.
-struct Split {
-  std::size_t stem_length;
-  int32_t number;
-  bool split;
-};
-Split split_index_suffix(const char *name, std::size_t length) noexcept;
 
 // Writes `value` under the store name `key` by type code. Returns the store call's result
 // (non-zero for success), or 0 when the type has no store write.
