@@ -49,6 +49,14 @@ int32_t store_read(const char *key, int32_t *number) {
   return orb_config_get_int(key, number);
 }
 
+// The line that the controller's logs carry after every store access by legacy path: its value
+// is a fixed 1, not the type that was found. A store key is accessed without it.
+void report_legacy_access(const char *name) {
+  if (std::strchr(name, '/') != nullptr) {
+    REPORT_DEBUG("prop_type = %d\n", 1);
+  }
+}
+
 // A flag or number read from the store, written to `out` in decimal. The value starts at 0 and
 // is written after a failed read too; the store call's result tells the caller which it was.
 template <class Number>
@@ -171,9 +179,7 @@ int32_t ORBSetPropertyValue(const char *name, const char *value) {
   char key[kKeySize];
   const int32_t type = convert_prop_name(name, key);
   const int32_t written = setOrbConfigByType(key, value, type);
-  if (std::strchr(name, '/') != nullptr) {
-    REPORT_DEBUG("prop_type = %d\n", 1);
-  }
+  report_legacy_access(name);
   return written != 0 ? 0 : 1;
 }
 
@@ -204,9 +210,7 @@ int32_t ORBGetPropertyValue(const char *name, char *out) {
     default:
       break;
   }
-  if (std::strchr(name, '/') != nullptr) {
-    REPORT_DEBUG("prop_type = %d\n", 1);
-  }
+  report_legacy_access(name);  // a type that can't be read too
   return result != 0 ? 0 : 2;
 }
 
@@ -220,7 +224,7 @@ int32_t Is_Special_Prop(const char *name) {
   const bool fits = strnlen(name, sizeof stem) < sizeof stem;
   int32_t number = 0;
   if (splitPropertyIndexSuffix(name, fits ? stem : nullptr, &number) != 0) {
-    REPORT_DEBUG("split = %d\n", 1);
+    REPORT_DEBUG("split = %d\n", 1);  // the logs' line for every indexed name, matched or not
   }
   if (!fits) {
     return -1;

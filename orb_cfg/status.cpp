@@ -22,7 +22,7 @@ int32_t probe_flag(const char *key) {
   if (orb_config_get_bool(key, &flag) == 0) {
     return 0;
   }
-  REPORT_DEBUG("rc = %d\n", 1);
+  REPORT_DEBUG("rc = %d\n", 1);  // the logs' line for a flag read: a fixed 1, not the flag
   return flag != 0 ? 1 : 0;
 }
 
@@ -141,7 +141,7 @@ int32_t init_power_supply(void) {
   const int32_t result = orb_function_execute(tessera::store::kGetActiveSensors, &length, nullptr,
                                               kSensorBufferSize, records.data());
   if (result != 0) {
-    REPORT_DEBUG("rc = %d\n", result);
+    REPORT_DEBUG("rc = %d\n", result);  // the logs' line for a failed list; the count goes on
   }
   int32_t supplies = 0;
   if (static_cast<int32_t>(length) > 0 && records[0].more != 0) {
