@@ -16,6 +16,11 @@
 namespace tessera::kit {
 namespace {
 
+// The administration's session carries the record's texts whole.
+static_assert(sizeof(tessera_store_session::type) == sizeof(wire::SessionRecord::type) &&
+              sizeof(tessera_store_session::user) == sizeof(wire::SessionRecord::user) &&
+              sizeof(tessera_store_session::address) == sizeof(wire::SessionRecord::address));
+
 constexpr int32_t kConfigFailed = 0;
 constexpr int32_t kConfigDone = 1;
 constexpr int32_t kCallDone = 0;
