@@ -9,17 +9,23 @@
 #include <sys/un.h>
 
 #include "memory/heap.h"
-#include "orb_cfg/daemon_message.h"
+#include "orb_cfg/orb_cfg_internal.h"
+#include "store_client/daemon_message.h"
 #include "system/linux/handles.h"
 #include "system/linux/sigpipe.h"
 #include "tessera/orb_cfg.h"
 
 namespace tessera::orb_cfg {
+
+using namespace wire;  // NOLINT(google-build-using-namespace): the message is this file's subject
+
 namespace {
 
-// Bytes of the family field in front of the path, and the path's terminator.
-inline constexpr socklen_t kAddressOverhead = sizeof(sa_family_t) + 1;
-static_assert(kAddressOverhead == 3);
+static_assert(sizeof(DaemonMessage) == TESSERA_DAEMON_MESSAGE_SIZE);
+
+// What session_manager_ipmiextd_communicate returns.
+inline constexpr int32_t kExchangeDone = 0;
+inline constexpr int32_t kExchangeFailed = TESSERA_DAEMON_EXCHANGE_FAILED;  // 12307
 
 // Copies at most `limit` characters of `text` into a zeroed field; the rest of it stays zero.
 void put_text(char *field, const char *text, std::size_t limit) {
@@ -61,17 +67,6 @@ int32_t write_through_daemon(DaemonOperation operation, const char *name, const 
 }
 
 }  // namespace
-
-socklen_t make_daemon_address(const char *path, sockaddr_un *address) noexcept {
-  std::memset(address, 0, sizeof *address);
-  const std::size_t length = strnlen(path, sizeof address->sun_path);
-  if (length >= sizeof address->sun_path) {
-    return 0;
-  }
-  address->sun_family = AF_UNIX;
-  std::memcpy(address->sun_path, path, length);
-  return static_cast<socklen_t>(length) + kAddressOverhead;
-}
 
 void fill_property_request(DaemonMessage &message, DaemonOperation operation, const char *name,
                            const char *value, std::size_t value_limit) noexcept {

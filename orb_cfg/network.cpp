@@ -5,16 +5,22 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
-#include "orb_cfg/network_record.h"
 #include "orb_cfg/orb_cfg_internal.h"
+#include "store_client/network_record.h"
 #include "store_client/platform.h"
 #include "string/number.h"
 #include "tessera/orb_cfg.h"
 #include "tessera/store_client.h"
 
 namespace tessera::orb_cfg {
+
+using namespace wire;  // NOLINT(google-build-using-namespace): the record is this file's subject
+
 namespace {
+
+static_assert(sizeof(NetworkRecord) == TESSERA_NETWORK_RECORD_SIZE);
 
 // Where a special row's `source` points: a field of the network record (1 to 27, 40 to 53), or,
 // for the firmware rows (54 to 57), a field of the firmware record, which nothing here fetches.
@@ -24,8 +30,22 @@ struct Field {
   uint16_t width;
 };
 
+// Sources 40 to 53 are the extended addresses, one entry each; 54 to 57 the firmware rows.
 inline constexpr int32_t kFirstExtendedSource = 40;
-inline constexpr int32_t kSourceCount = 58;
+inline constexpr int32_t kExtendedEntries = static_cast<int32_t>(kExtendedAddressCount);
+inline constexpr int32_t kFirstFirmwareSource = kFirstExtendedSource + kExtendedEntries;
+
+// Where the firmware rows' values stand in the firmware record, which nothing in the library
+// fetches; in the order of their sources.
+inline constexpr uint16_t kFirmwareVersionAt = 64;
+inline constexpr uint16_t kFirmwareMinorAt = 128;
+inline constexpr uint16_t kFirmwareBuildNumAt = 192;
+inline constexpr uint16_t kFirmwareLastUpdateAt = 448;
+inline constexpr uint16_t kFirmwareOffsets[] = {kFirmwareVersionAt, kFirmwareMinorAt,
+                                                kFirmwareBuildNumAt, kFirmwareLastUpdateAt};
+inline constexpr int32_t kSourceCount =
+    kFirstFirmwareSource + static_cast<int32_t>(std::size(kFirmwareOffsets));
+static_assert(kFirstFirmwareSource == 54 && kSourceCount == 58);
 
 constexpr std::array<Field, kSourceCount> make_fields() {
   std::array<Field, kSourceCount> fields{};
@@ -62,16 +82,14 @@ constexpr std::array<Field, kSourceCount> make_fields() {
   TESSERA_FIELD(26, ipv6_site_local);
   TESSERA_FIELD(27, ipv6_address_count);
 #undef TESSERA_FIELD
-  for (int32_t entry = 0; entry < 14; ++entry) {
+  for (int32_t entry = 0; entry < kExtendedEntries; ++entry) {
     set(kFirstExtendedSource + entry,
         offsetof(NetworkRecord, extended) + entry * sizeof(ExtendedAddress),
         sizeof(ExtendedAddress));
   }
-  // Firmware record: version, minor, build number, last update.
-  set(54, 64, 0);
-  set(55, 128, 0);
-  set(56, 192, 0);
-  set(57, 448, 0);
+  for (int32_t row = 0; row < static_cast<int32_t>(std::size(kFirmwareOffsets)); ++row) {
+    set(kFirstFirmwareSource + row, kFirmwareOffsets[row], 0);
+  }
   return fields;
 }
 
@@ -125,7 +143,6 @@ void start_change_request(NetworkRecord &record) {
   std::memcpy(record.word_514, &kUnchangedWord, sizeof kUnchangedWord);
   std::memcpy(record.word_516, &kUnchangedWord, sizeof kUnchangedWord);
 }
-inline constexpr uint16_t kFirstMaskBit = 0x8000;
 
 }  // namespace
 
@@ -199,8 +216,8 @@ int32_t setNetworkProperty(const char *name, const char *value, int32_t index) n
       }
       if (length == 0) {
         const uint16_t code = special_prop_table[index].clear_code;
-        if ((code & kFirstMaskBit) != 0) {
-          put_u32_or(record.clear_mask_first, static_cast<uint32_t>(code & ~kFirstMaskBit));
+        if ((code & kClearCodeFirstMask) != 0) {
+          put_u32_or(record.clear_mask_first, static_cast<uint32_t>(code & ~kClearCodeFirstMask));
         } else {
           put_u32_or(record.clear_mask_second, code);
         }

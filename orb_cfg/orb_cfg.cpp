@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 
 #include "orb_cfg/orb_cfg_internal.h"
 #include "store_client/platform.h"
@@ -50,6 +49,14 @@ int32_t store_read(const char *key, int32_t *number) {
   return orb_config_get_int(key, number);
 }
 
+// The line that the controller's logs carry after every store access by legacy path: its value
+// is a fixed 1, not the type that was found. A store key is accessed without it.
+void report_legacy_access(const char *name) {
+  if (std::strchr(name, '/') != nullptr) {
+    REPORT_DEBUG("prop_type = %d\n", 1);
+  }
+}
+
 // A flag or number read from the store, written to `out` in decimal. The value starts at 0 and
 // is written after a failed read too; the store call's result tells the caller which it was.
 template <class Number>
@@ -87,26 +94,23 @@ int32_t read_property(const char *name, char *out, unsigned int len, bool clear_
   return 0;
 }
 
-Split split_index_suffix(const char *name, std::size_t length) noexcept {
-  std::size_t digits = 0;
-  while (digits < kMaxSuffixDigits && digits < length && is_digit(name[length - 1 - digits])) {
-    ++digits;
-  }
-  int32_t number = 0;
-  for (std::size_t i = length - digits; i < length; ++i) {
-    number = number * 10 + (name[i] - '0');
-  }
-  return {length - digits, number, digits > 0};
-}
-
 int32_t splitPropertyIndexSuffix(const char *name, char *stem, int32_t *number) noexcept {
   if (name == nullptr) {
     name = "";
   }
-  const Split split = split_index_suffix(name, std::strlen(name));
-  copy_name(stem, name, split.stem_length);
-  *number = split.number;
-  return split.split ? 1 : 0;
+  const std::size_t length = std::strlen(name);
+  std::size_t digits = 0;
+  while (digits < kMaxSuffixDigits && digits < length && is_digit(name[length - 1 - digits])) {
+    ++digits;
+  }
+  *number = 0;
+  for (std::size_t i = length - digits; i < length; ++i) {
+    *number = *number * 10 + (name[i] - '0');
+  }
+  if (stem != nullptr) {
+    copy_name(stem, name, length - digits);
+  }
+  return digits > 0 ? 1 : 0;
 }
 
 int32_t setOrbConfigByType(const char *key, const char *value, int32_t type) noexcept {
@@ -175,9 +179,7 @@ int32_t ORBSetPropertyValue(const char *name, const char *value) {
   char key[kKeySize];
   const int32_t type = convert_prop_name(name, key);
   const int32_t written = setOrbConfigByType(key, value, type);
-  if (std::strchr(name, '/') != nullptr) {
-    REPORT_DEBUG("prop_type = %d\n", 1);
-  }
+  report_legacy_access(name);
   return written != 0 ? 0 : 1;
 }
 
@@ -208,9 +210,7 @@ int32_t ORBGetPropertyValue(const char *name, char *out) {
     default:
       break;
   }
-  if (std::strchr(name, '/') != nullptr) {
-    REPORT_DEBUG("prop_type = %d\n", 1);
-  }
+  report_legacy_access(name);  // a type that can't be read too
   return result != 0 ? 0 : 2;
 }
 
@@ -218,15 +218,20 @@ int32_t Is_Special_Prop(const char *name) {
   if (name == nullptr) {
     return -1;
   }
-  const std::string_view whole(name);
-  const Split split = split_index_suffix(name, whole.size());
-  if (split.split) {
-    REPORT_DEBUG("split = %d\n", 1);
+  // Room for the stem of any name that the Cfgmgr_* paths take. A longer name is longer than
+  // every special name and every stem of one: it is split for the report alone.
+  char stem[kMaxEntryNameLength + 1];
+  const bool fits = strnlen(name, sizeof stem) < sizeof stem;
+  int32_t number = 0;
+  if (splitPropertyIndexSuffix(name, fits ? stem : nullptr, &number) != 0) {
+    REPORT_DEBUG("split = %d\n", 1);  // the logs' line for every indexed name, matched or not
   }
-  const std::string_view stem(name, split.stem_length);
+  if (!fits) {
+    return -1;
+  }
   for (int32_t i = 0; special_prop_table[i].source != 0; ++i) {
-    const std::string_view row(special_prop_table[i].name);
-    if (row == whole || row == stem) {
+    const char *row = special_prop_table[i].name;
+    if (std::strcmp(row, name) == 0 || std::strcmp(row, stem) == 0) {
       return i;
     }
   }

@@ -8,6 +8,7 @@
 
 #include "orb_cfg/orb_cfg_internal.h"
 #include "store_client/platform.h"
+#include "store_client/sensor_record.h"
 #include "tessera/orb_cfg.h"
 #include "tessera/store_client.h"
 #include "trace/report.h"
@@ -21,7 +22,7 @@ int32_t probe_flag(const char *key) {
   if (orb_config_get_bool(key, &flag) == 0) {
     return 0;
   }
-  REPORT_DEBUG("rc = %d\n", 1);
+  REPORT_DEBUG("rc = %d\n", 1);  // the logs' line for a flag read: a fixed 1, not the flag
   return flag != 0 ? 1 : 0;
 }
 
@@ -52,25 +53,16 @@ inline constexpr std::size_t kPrefixRoom = 8;
 inline constexpr std::size_t kUnbounded = SIZE_MAX;
 inline constexpr char kUnspecified[] = "::";
 
-// Sensor records as "GetActiveSensors" delivers them.
-inline constexpr std::size_t kSensorRecordSize = 68;
-inline constexpr std::size_t kMaxSensorRecords = 256;
-inline constexpr uint32_t kSensorBufferSize = 17408;
-static_assert(kSensorRecordSize * kMaxSensorRecords == kSensorBufferSize);
-inline constexpr std::size_t kSensorIndex = 0;  // unsigned
-inline constexpr std::size_t kSensorKind = 2;   // 'd', 'e' or 't'
-inline constexpr std::size_t kSensorMore = 3;   // 0 ends the records
-
 inline constexpr const char kSensorIndex1[] = "pm_int_sensor_index_1";
 inline constexpr const char kSensorIndex2[] = "pm_int_sensor_index_2";
 inline constexpr const char kSensredIndex[] = "pm_int_sensred_index";
 inline constexpr const char kMaxPowerSupplyIndex[] = "pm_int_max_power_supply_index";
 
 // Writes one record's sensor index under the key of its kind; returns the power supplies it adds.
-int32_t note_sensor(const uint8_t *record) {
+int32_t note_sensor(const wire::SensorRecord &record) {
   const char *key = nullptr;
   int32_t supplies = 0;
-  switch (record[kSensorKind]) {
+  switch (record.kind) {
     case 'e':
       key = kSensorIndex2;
       supplies = 1;
@@ -85,7 +77,7 @@ int32_t note_sensor(const uint8_t *record) {
     default:
       return 0;
   }
-  static_cast<void>(orb_config_set_int(key, record[kSensorIndex], store::kSetFlag));
+  static_cast<void>(orb_config_set_int(key, record.index, store::kSetFlag));
   return supplies;
 }
 
@@ -140,24 +132,26 @@ int32_t rp_config_changed(void) {
 }
 
 int32_t init_power_supply(void) {
+  using tessera::wire::kMaxSensorRecords;
+  using tessera::wire::kSensorBufferSize;
   // Zeroed, so that a failed call that leaves nothing behind leaves no records either.
-  std::array<uint8_t, kSensorBufferSize> records{};
+  std::array<tessera::wire::SensorRecord, kMaxSensorRecords> records{};
+  static_assert(sizeof records == kSensorBufferSize);
   uint32_t length = 0;
   const int32_t result = orb_function_execute(tessera::store::kGetActiveSensors, &length, nullptr,
                                               kSensorBufferSize, records.data());
   if (result != 0) {
-    REPORT_DEBUG("rc = %d\n", result);
+    REPORT_DEBUG("rc = %d\n", result);  // the logs' line for a failed list; the count goes on
   }
   int32_t supplies = 0;
-  if (static_cast<int32_t>(length) > 0 && records[kSensorMore] != 0) {
+  if (static_cast<int32_t>(length) > 0 && records[0].more != 0) {
     std::size_t handled = 0;
     do {
-      supplies += note_sensor(records.data() + handled * kSensorRecordSize);
+      supplies += note_sensor(records[handled]);
       ++handled;
       // The length word is the store client's bound, taken as it stands at each record.
     } while (static_cast<int64_t>(handled) < static_cast<int32_t>(length) &&
-             handled < kMaxSensorRecords &&
-             records[handled * kSensorRecordSize + kSensorMore] != 0);
+             handled < kMaxSensorRecords && records[handled].more != 0);
   }
   return orb_config_set_int(kMaxPowerSupplyIndex, supplies, tessera::store::kSetFlag);
 }

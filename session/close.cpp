@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "memory/heap.h"
-#include "orb_cfg/daemon_message.h"
+#include "store_client/daemon_message.h"
 #include "tessera/orb_cfg.h"
 #include "tessera/session.h"
 #include "tessera/store_client.h"
@@ -11,7 +11,7 @@
 namespace {
 
 int32_t close_session(uint32_t id, uint32_t orb_close) {
-  using namespace tessera::orb_cfg;
+  using namespace tessera::wire;
   const tessera::heap::Owned<DaemonMessage> message =
       tessera::heap::make_zeroed<DaemonMessage>();
   if (!message) {

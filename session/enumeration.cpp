@@ -5,20 +5,42 @@
 #include <cstring>
 #include <string_view>
 
-#include "session/session_records.h"
 #include "session/session_types.h"
 #include "store_client/platform.h"
+#include "store_client/session_record.h"
 #include "tessera/session.h"
 #include "tessera/store_client.h"
 
 namespace tessera::session {
+
+using namespace wire;  // NOLINT(google-build-using-namespace): the records are this file's subject
+
 namespace {
 
 static_assert(kIdArrayLength == SSN_MAX_IDS && sizeof(SessionRecord::user) == SSN_USER_SIZE &&
               sizeof(SessionRecord::address) == SSN_ADDRESS_TEXT_SIZE);
-static_assert(kIdArrayLength == store::kIdArrayCapacity);
 
 constexpr auto kIdCapacity = static_cast<std::int32_t>(kIdArrayLength);
+
+// The text of a field: up to its first NUL, and at most `limit` bytes when a broken store left
+// the field without one. Nothing past the field is ever read.
+std::string_view field_text(const char *field, std::size_t limit) noexcept {
+  const void *end = std::memchr(field, '\0', limit);
+  return {field, end != nullptr ? static_cast<std::size_t>(static_cast<const char *>(end) - field)
+                                : limit};
+}
+
+// The record's texts. An unterminated user name or address text reads as its longest legal
+// text, so that it still fits a caller's buffer with its terminator.
+std::string_view type_keyword(const SessionRecord &record) noexcept {
+  return field_text(record.type, sizeof record.type);
+}
+std::string_view user_name(const SessionRecord &record) noexcept {
+  return field_text(record.user, kMaxUserName);
+}
+std::string_view address_text(const SessionRecord &record) noexcept {
+  return field_text(record.address, kMaxAddressText);
+}
 
 // Reads a session into a zeroed record; a failed read leaves it zero. Gives the store's result.
 std::int32_t read_session(std::uint32_t id, SessionRecord &record) noexcept {

@@ -6,9 +6,8 @@
 
 namespace tessera::store {
 
-inline constexpr std::int32_t kSetFlag = 1;            // third argument of every orb_config_set_*
-inline constexpr std::uint32_t kStrNCapacity = 1024;   // capacity of orb_config_get_str_n
-inline constexpr std::int32_t kIdArrayCapacity = 100;  // ids in a session id array
+inline constexpr std::int32_t kSetFlag = 1;           // third argument of every orb_config_set_*
+inline constexpr std::uint32_t kStrNCapacity = 1024;  // capacity of orb_config_get_str_n
 
 inline constexpr const char kNetGetCurrentIfConfig[] = "netGetCurrentIfConfig";
 inline constexpr const char kNetSetNetConfig[] = "netSetNetConfig";

@@ -11,7 +11,7 @@
 
 #include "fake_daemon.h"
 #include "kit_support.h"
-#include "orb_cfg/daemon_message.h"
+#include "store_client/daemon_message.h"
 
 namespace {
 
@@ -51,7 +51,7 @@ int main(int argc, char **argv) {
   }
   ScratchStore store;
   own_half(kBase, kMaxClients, kCount);
-  Daemon mapping(kMappingd, tessera::orb_cfg::kMappingSocketPath);
+  Daemon mapping(kMappingd, tessera::wire::kMappingSocketPath);
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

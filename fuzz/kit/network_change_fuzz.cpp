@@ -12,9 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   using tessera::kit::NetworkRecord;
   NetworkRecord request{};
   std::memcpy(&request, data, size < sizeof request ? size : sizeof request);
-  NetworkRecord stored{};
-  const auto fresh = tessera::kit::fresh_network_record();
-  std::memcpy(&stored, fresh.data(), sizeof stored);
+  NetworkRecord stored = tessera::kit::fresh_network_record();
   tessera::kit::apply_change_request(stored, request);
   if (size > sizeof request) {  // a second request over the first
     std::memset(&request, 0, sizeof request);

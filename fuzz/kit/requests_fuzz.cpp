@@ -52,7 +52,7 @@ class Sessions final : public tessera::kit::SessionStore {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  using namespace tessera::orb_cfg;
+  using namespace tessera::wire;
 #ifdef TESSERA_FUZZ_MAPPING
   Properties store;
   const DaemonMessage reply = tessera::kit::answer_mapping({data, size}, store);

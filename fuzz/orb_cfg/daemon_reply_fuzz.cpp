@@ -11,18 +11,19 @@
 
 #include "../harness.h"
 #include "memory/heap.h"
-#include "orb_cfg/daemon_message.h"
+#include "orb_cfg/orb_cfg_internal.h"
+#include "store_client/daemon_message.h"
 
 namespace {
 
-using tessera::orb_cfg::DaemonMessage;
-using tessera::orb_cfg::DaemonOperation;
+using tessera::wire::DaemonMessage;
+using tessera::wire::DaemonOperation;
 
 using tessera::fuzz::check;
 
 constexpr DaemonOperation kOperations[] = {
-    tessera::orb_cfg::kGetProperty, tessera::orb_cfg::kGetDcsgenProperty,
-    tessera::orb_cfg::kSetProperty, tessera::orb_cfg::kSetDcsgenProperty};
+    tessera::wire::kGetProperty, tessera::wire::kGetDcsgenProperty,
+    tessera::wire::kSetProperty, tessera::wire::kSetDcsgenProperty};
 
 }  // namespace
 
@@ -33,8 +34,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const uint8_t selector = data[0];
   const DaemonOperation operation = kOperations[selector & 3];
   const unsigned int len = 1 + (selector >> 2) * 23;  // 1 to 1450: below and above the value
-  const bool read = operation == tessera::orb_cfg::kGetProperty ||
-                    operation == tessera::orb_cfg::kGetDcsgenProperty;
+  const bool read = operation == tessera::wire::kGetProperty ||
+                    operation == tessera::wire::kGetDcsgenProperty;
 
   const auto message = tessera::heap::make_zeroed<DaemonMessage>();
   if (!message) {
@@ -42,14 +43,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   }
   tessera::orb_cfg::fill_property_request(*message, operation, "WEBSERVER/http_port",
                                           read ? nullptr : "8080",
-                                          tessera::orb_cfg::kMaxDaemonValue);
+                                          tessera::wire::kMaxDaemonValue);
   const std::size_t reply = std::min(size - 1, sizeof(DaemonMessage));
   std::memcpy(message.get(), data + 1, reply);
 
   std::vector<char> out(len, '#');
   const int32_t result =
       tessera::orb_cfg::take_property_reply(*message, operation, out.data(), len);
-  const bool success = message->direction == tessera::orb_cfg::kDirectionSuccess;
+  const bool success = message->direction == tessera::wire::kDirectionSuccess;
   if (read && success && result == 0) {
     const std::size_t length = strnlen(out.data(), len);
     check(length < len);
@@ -59,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   }
   if (success) {
     check(result == 0 || (read && result == 1));
-  } else if (operation == tessera::orb_cfg::kGetDcsgenProperty) {
+  } else if (operation == tessera::wire::kGetDcsgenProperty) {
     check(result == 1);
   } else {
     check(result == static_cast<int32_t>(message->status));

@@ -26,7 +26,7 @@ class StoreProperties final : public tessera::kit::PropertyStore {
 int main(int argc, char **argv) {
   StoreProperties store;
   return tessera::kit::run_daemon(
-      argc, argv, "tessera-mappingd", tessera::orb_cfg::kMappingSocketPath,
+      argc, argv, "tessera-mappingd", tessera::wire::kMappingSocketPath,
       "The mapping daemon of the workstation kit: serves the properties it owns in the store\n"
       "and answers status 4 for the others.",
       [&store](std::span<const uint8_t> request) {

@@ -10,7 +10,7 @@
 namespace tessera::kit {
 namespace {
 
-using namespace orb_cfg;
+using namespace wire;
 
 // The request, zero-filled behind the bytes that came; `complete` when a whole message came.
 DaemonMessage received(std::span<const uint8_t> bytes, bool *complete) {

@@ -7,11 +7,11 @@
 #include <cstdint>
 #include <span>
 
-#include "orb_cfg/daemon_message.h"
+#include "store_client/daemon_message.h"
 
 namespace tessera::kit {
 
-using orb_cfg::DaemonMessage;
+using wire::DaemonMessage;
 
 // Statuses of a refusal.
 inline constexpr uint32_t kStatusMalformed = 1;    // short, not a request, unknown operation,

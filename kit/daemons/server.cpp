@@ -153,24 +153,13 @@ void serve_connection(int fd, const RequestHandler &handler, bool verbose) {
     log_line(LOG_DEBUG, "%zu bytes, operation %u, session %u, name \"%.*s\": %s, status %u", got,
              reply.operation, reply.session_id,
              static_cast<int>(strnlen(reply.name, sizeof reply.name)), reply.name,
-             reply.direction == orb_cfg::kDirectionSuccess ? "done" : "refused", reply.status);
+             reply.direction == wire::kDirectionSuccess ? "done" : "refused", reply.status);
   }
-}
-
-bool make_address(const std::string &path, sockaddr_un *address) {
-  *address = {};
-  address->sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof address->sun_path) {
-    log_line(LOG_ERR, "socket path too long: %s", path.c_str());
-    return false;
-  }
-  std::memcpy(address->sun_path, path.c_str(), path.size() + 1);
-  return true;
 }
 
 // Clears the way for a new socket at `path`: a stale socket goes, a live one (another daemon
 // answering) or anything that is no socket stays, and the start fails.
-bool claim_path(const std::string &path, const sockaddr_un &address) {
+bool claim_path(const std::string &path, const sockaddr_un &address, socklen_t length) {
   struct stat info {};
   if (::lstat(path.c_str(), &info) != 0) {
     if (errno == ENOENT) {
@@ -184,8 +173,7 @@ bool claim_path(const std::string &path, const sockaddr_un &address) {
     return false;
   }
   const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const bool live =
-      ::connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+  const bool live = ::connect(probe, reinterpret_cast<const sockaddr *>(&address), length) == 0;
   ::close(probe);
   if (live) {
     log_line(LOG_ERR, "another daemon is serving %s", path.c_str());
@@ -202,19 +190,21 @@ bool claim_path(const std::string &path, const sockaddr_un &address) {
 // is removed at the end.
 int listen_at(const std::string &path, ino_t *inode) {
   sockaddr_un address;
-  if (!make_address(path, &address)) {
+  const socklen_t length = path.empty() ? 0 : wire::make_daemon_address(path.c_str(), &address);
+  if (length == 0) {
+    log_line(LOG_ERR, "no socket path, or one too long: %s", path.c_str());
     return -1;
   }
   if (!make_parent_directories(path)) {
     log_line(LOG_ERR, "cannot create the directory of %s: %s", path.c_str(), std::strerror(errno));
     return -1;
   }
-  if (!claim_path(path, address)) {
+  if (!claim_path(path, address, length)) {
     return -1;
   }
   const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   struct stat info {};
-  if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
+  if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr *>(&address), length) != 0 ||
       ::listen(fd, SOMAXCONN) != 0 || ::stat(path.c_str(), &info) != 0) {
     log_line(LOG_ERR, "cannot listen at %s: %s", path.c_str(), std::strerror(errno));
     if (fd >= 0) {

@@ -6,13 +6,13 @@
 #include <functional>
 #include <span>
 
-#include "orb_cfg/daemon_message.h"
+#include "store_client/daemon_message.h"
 
 namespace tessera::kit {
 
 // The reply to the bytes that arrived on one connection: at most one message, fewer when the
 // client stopped sending. Called from several threads at once.
-using RequestHandler = std::function<orb_cfg::DaemonMessage(std::span<const uint8_t> request)>;
+using RequestHandler = std::function<wire::DaemonMessage(std::span<const uint8_t> request)>;
 
 // A daemon's whole life. The command line is [-f|--foreground] [-s|--socket PATH]
 // [-p|--pid-file PATH] [-v|--verbose] [-h|--help]: the usage and an exit on --help (0) and on a

@@ -18,7 +18,7 @@ class StoreSessions final : public tessera::kit::SessionStore {
 int main(int argc, char **argv) {
   StoreSessions store;
   return tessera::kit::run_daemon(
-      argc, argv, "tessera-sessiond", tessera::orb_cfg::kSessionSocketPath,
+      argc, argv, "tessera-sessiond", tessera::wire::kSessionSocketPath,
       "The session daemon of the workstation kit: closes sessions in the store.",
       [&store](std::span<const uint8_t> request) {
         return tessera::kit::answer_session(request, store);

@@ -8,13 +8,14 @@
 
 #include <syslog.h>
 
+#include "kit/number.h"
 #include "tessera/store_client.h"
 
 namespace {
 
 int32_t max_level() {
   const char *text = std::getenv("TESSERA_SINK_LEVEL");
-  return text != nullptr && *text != '\0' ? static_cast<int32_t>(std::strtol(text, nullptr, 10)) : 2;
+  return text != nullptr && *text != '\0' ? tessera::kit::decimal_int32(text) : 2;
 }
 
 bool to_syslog() {

@@ -1,9 +1,9 @@
 // Administration of the workstation store: seeding and inspection for the kit's daemons and
 // tools (tessera_store.h).
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
+#include "kit/number.h"
 #include "kit/store/database.h"
 #include "kit/store/operations.h"
 #include "kit/store/tessera_store.h"
@@ -12,7 +12,7 @@ using namespace tessera::kit;
 
 namespace {
 
-constexpr std::size_t kSensorNameMax = kSensorRecordSize - 5;
+static_assert(sizeof(NetworkRecord) == TESSERA_STORE_NETWORK_SIZE);
 
 int result_of(bool done) {
   return done ? TESSERA_STORE_OK : TESSERA_STORE_ERROR;
@@ -104,12 +104,10 @@ int tessera_store_rollback(void) {
 int tessera_store_reset(void) {
   return with_database([](Database &db) {
     Transaction transaction(db);
-    const NetworkRecordBytes fresh = fresh_network_record();
-    Statement network = db.prepare("REPLACE INTO network(id, record) VALUES (1, ?)");
     return result_of(transaction.ok() &&
                      db.exec("DELETE FROM config; DELETE FROM sessions; DELETE FROM users; "
                              "DELETE FROM sensors; DELETE FROM mapped; DELETE FROM events;") &&
-                     network.bind(fresh).run() && transaction.commit());
+                     write_network(db, fresh_network_record()) && transaction.commit());
   });
 }
 
@@ -122,7 +120,7 @@ int tessera_store_set_value(const char *key, int type, const char *text) {
   if (type == TESSERA_STORE_TEXT) {
     value.text = cut(text, TESSERA_STORE_TEXT_MAX);
   } else {
-    const auto number = static_cast<int32_t>(std::strtol(text, nullptr, 10));
+    const int32_t number = decimal_int32(text);
     value.number = type == TESSERA_STORE_BOOL ? (number != 0 ? 1 : 0) : number;
   }
   return with_database([&](Database &db) { return result_of(write_value(db, key, value)); });
@@ -252,7 +250,7 @@ int tessera_store_add_sensor(uint8_t index, char kind, const char *name) {
     Transaction transaction(db);
     Statement count = db.prepare("SELECT count(*) FROM sensors");
     if (!transaction.ok() || !count.row() ||
-        count.integer(0) >= static_cast<int64_t>(kMaxSensors)) {
+        count.integer(0) >= static_cast<int64_t>(tessera::wire::kMaxSensorRecords)) {
       return TESSERA_STORE_ERROR;
     }
     Statement insert = db.prepare("INSERT INTO sensors(sensor, kind, name) VALUES (?, ?, ?)");

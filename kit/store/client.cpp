@@ -9,12 +9,17 @@
 #include "kit/store/database.h"
 #include "kit/store/operations.h"
 #include "kit/store/tessera_store.h"
-#include "session/session_records.h"
 #include "store_client/platform.h"
+#include "store_client/session_record.h"
 #include "tessera/store_client.h"
 
 namespace tessera::kit {
 namespace {
+
+// The administration's session carries the record's texts whole.
+static_assert(sizeof(tessera_store_session::type) == sizeof(wire::SessionRecord::type) &&
+              sizeof(tessera_store_session::user) == sizeof(wire::SessionRecord::user) &&
+              sizeof(tessera_store_session::address) == sizeof(wire::SessionRecord::address));
 
 constexpr int32_t kConfigFailed = 0;
 constexpr int32_t kConfigDone = 1;
@@ -113,14 +118,14 @@ int32_t get_sensors(uint32_t *length, uint32_t capacity, void *output) {
   if (!sensors) {
     return kCallFailed;
   }
-  const std::size_t room = capacity / kSensorRecordSize;
+  const std::size_t room = capacity / sizeof(SensorRecord);
   const std::size_t count = std::min(room, sensors->size());
   auto *out = static_cast<uint8_t *>(output);
-  for (std::size_t i = 0; i < count; ++i) {
-    std::memcpy(out + i * kSensorRecordSize, (*sensors)[i].data(), kSensorRecordSize);
+  if (count > 0) {
+    std::memcpy(out, sensors->data(), count * sizeof(SensorRecord));
   }
   if (count < room) {
-    std::memset(out + count * kSensorRecordSize, 0, kSensorRecordSize);
+    std::memset(out + count * sizeof(SensorRecord), 0, sizeof(SensorRecord));
   }
   *length = static_cast<uint32_t>(count);
   return kCallDone;
@@ -129,13 +134,13 @@ int32_t get_sensors(uint32_t *length, uint32_t capacity, void *output) {
 // "osi_function_getuser": the privilege of the user named at the start of the request, at
 // offset 516 of the response. An unknown user fails.
 int32_t get_user(uint32_t *length, const void *input, uint32_t capacity, void *output) {
-  using session::PrivilegeResponse;
+  using wire::PrivilegeResponse;
   Database *db = Database::current();
   if (input == nullptr || *length == 0 || output == nullptr ||
       capacity < sizeof(PrivilegeResponse) || db == nullptr) {
     return kCallFailed;
   }
-  const std::size_t limit = std::min<std::size_t>(*length, session::kPrivilegeBlockSize) - 1;
+  const std::size_t limit = std::min<std::size_t>(*length, wire::kPrivilegeBlockSize) - 1;
   const std::string_view user = cut(static_cast<const char *>(input), limit);
   const auto privilege = user.empty() ? std::nullopt : read_privilege(*db, user);
   if (!privilege) {
@@ -212,7 +217,7 @@ TESSERA_STORE_API int32_t orb_session_get_info(uint32_t id, void *record) {
   if (!children) {
     return kConfigFailed;
   }
-  tessera::session::SessionRecord out{};
+  tessera::wire::SessionRecord out{};
   std::memcpy(out.type, session->type, sizeof out.type);
   std::memcpy(out.user, session->user, sizeof out.user);
   std::memcpy(out.address, session->address, sizeof out.address);

@@ -155,9 +155,9 @@ bool Database::set_up() {
   if (!transaction.ok() || !exec(kSchema)) {
     return false;
   }
-  const NetworkRecordBytes fresh = fresh_network_record();
+  const NetworkRecord fresh = fresh_network_record();
   Statement seed = prepare("INSERT OR IGNORE INTO network(id, record) VALUES (1, ?)");
-  seed.bind(fresh);
+  seed.bind(bytes_of(fresh));
   return seed.run() && exec("PRAGMA user_version=1") && transaction.commit();
 }
 

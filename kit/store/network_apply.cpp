@@ -7,7 +7,7 @@
 namespace tessera::kit {
 namespace {
 
-using orb_cfg::ExtendedAddress;
+using wire::ExtendedAddress;
 
 // A text field and its bit in one of the two clear masks of a request.
 struct TextField {
@@ -22,11 +22,16 @@ struct TextField {
     offsetof(NetworkRecord, member), sizeof(NetworkRecord::member), first, bit \
   }
 constexpr TextField kTextFields[] = {
-    TESSERA_TEXT(mir_name, false, 0x01),         TESSERA_TEXT(domain_name, false, 0x02),
-    TESSERA_TEXT(dns_server1, false, 0x04),      TESSERA_TEXT(dns_server2, false, 0x08),
-    TESSERA_TEXT(ipv6_dns_server1, false, 0x10), TESSERA_TEXT(ipv6_dns_server2, false, 0x20),
-    TESSERA_TEXT(ipv6_address, true, 0x20),      TESSERA_TEXT(ipv6_gateway, true, 0x40),
-    TESSERA_TEXT(ipv6_link_local, true, 0x80),   TESSERA_TEXT(ipv6_site_local, true, 0x100),
+    TESSERA_TEXT(mir_name, false, wire::kClearMirName),
+    TESSERA_TEXT(domain_name, false, wire::kClearDomainName),
+    TESSERA_TEXT(dns_server1, false, wire::kClearDnsServer1),
+    TESSERA_TEXT(dns_server2, false, wire::kClearDnsServer2),
+    TESSERA_TEXT(ipv6_dns_server1, false, wire::kClearIpv6DnsServer1),
+    TESSERA_TEXT(ipv6_dns_server2, false, wire::kClearIpv6DnsServer2),
+    TESSERA_TEXT(ipv6_address, true, wire::kClearIpv6Address),
+    TESSERA_TEXT(ipv6_gateway, true, wire::kClearIpv6Gateway),
+    TESSERA_TEXT(ipv6_link_local, true, wire::kClearIpv6LinkLocal),
+    TESSERA_TEXT(ipv6_site_local, true, wire::kClearIpv6SiteLocal),
 };
 #undef TESSERA_TEXT
 
@@ -69,14 +74,12 @@ void put_text(uint8_t *field, std::size_t width, const void *text) {
 
 }  // namespace
 
-NetworkRecordBytes fresh_network_record() {
+NetworkRecord fresh_network_record() {
   NetworkRecord record{};
   for (const std::size_t flag : kFlags) {
-    *at(record, flag) = orb_cfg::kFlagOff;
+    *at(record, flag) = wire::kFlagOff;
   }
-  NetworkRecordBytes bytes;
-  std::memcpy(bytes.data(), &record, sizeof record);
-  return bytes;
+  return record;
 }
 
 void terminate_texts(NetworkRecord &record) {
@@ -101,12 +104,12 @@ void apply_change_request(NetworkRecord &stored, const NetworkRecord &request) {
   }
   for (const std::size_t offset : kFlags) {
     const uint8_t flag = *at(request, offset);
-    if (flag == orb_cfg::kFlagOff || flag == orb_cfg::kFlagOn) {
+    if (flag == wire::kFlagOff || flag == wire::kFlagOn) {
       *at(stored, offset) = flag;
     }
   }
   for (const std::size_t offset : kMarkedBytes) {
-    if (*at(request, offset) != orb_cfg::kUnchangedByte) {
+    if (*at(request, offset) != wire::kUnchangedByte) {
       *at(stored, offset) = *at(request, offset);
     }
   }

@@ -2,18 +2,22 @@
 // to it.
 #pragma once
 
-#include <array>
 #include <cstdint>
+#include <span>
 
-#include "orb_cfg/network_record.h"
+#include "store_client/network_record.h"
 
 namespace tessera::kit {
 
-using orb_cfg::NetworkRecord;
-using NetworkRecordBytes = std::array<uint8_t, sizeof(NetworkRecord)>;
+using wire::NetworkRecord;
 
 // The record of a fresh store: empty texts, every flag off, numbers 0.
-NetworkRecordBytes fresh_network_record();
+NetworkRecord fresh_network_record();
+
+// The record's bytes, as the database keeps them.
+inline std::span<const uint8_t> bytes_of(const NetworkRecord &record) {
+  return {reinterpret_cast<const uint8_t *>(&record), sizeof record};
+}
 
 // Cuts every text field of a record to its width less one, so each one is terminated.
 void terminate_texts(NetworkRecord &record);

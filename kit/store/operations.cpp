@@ -63,7 +63,7 @@ std::optional<NetworkRecord> read_network(Database &db) {
 
 bool write_network(Database &db, const NetworkRecord &record) {
   Statement update = db.prepare("REPLACE INTO network(id, record) VALUES (1, ?)");
-  return update.bind(std::span(reinterpret_cast<const uint8_t *>(&record), sizeof record)).run();
+  return update.bind(bytes_of(record)).run();
 }
 
 std::optional<std::vector<uint32_t>> sessions_of_type(Database &db, std::string_view type) {
@@ -106,14 +106,12 @@ std::optional<uint32_t> read_privilege(Database &db, std::string_view user) {
 std::optional<std::vector<SensorRecord>> read_sensors(Database &db) {
   Statement query = db.prepare("SELECT sensor, kind, name FROM sensors ORDER BY position");
   std::vector<SensorRecord> sensors;
-  while (sensors.size() < kMaxSensors && query.row()) {
-    // Index, a spare byte, the kind letter, 1 for "a record" (0 ends the list), the name.
-    SensorRecord record{};
-    record[0] = static_cast<uint8_t>(query.integer(0));
-    record[2] = static_cast<uint8_t>(query.integer(1));
-    record[3] = 1;
-    const std::string_view name = query.text(2).substr(0, kSensorRecordSize - 5);
-    std::memcpy(record.data() + 4, name.data(), name.size());
+  while (sensors.size() < wire::kMaxSensorRecords && query.row()) {
+    SensorRecord record{.index = static_cast<uint8_t>(query.integer(0)),
+                        .kind = static_cast<uint8_t>(query.integer(1)),
+                        .more = 1};  // 0 there would end the list
+    const std::string_view name = query.text(2).substr(0, kSensorNameMax);
+    std::memcpy(record.name, name.data(), name.size());
     sensors.push_back(record);
   }
   return query.ok() ? std::optional(std::move(sensors)) : std::nullopt;

@@ -2,7 +2,6 @@
 // administration interface (tessera_store_*). Each takes the caller's connection.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,6 +11,7 @@
 #include "kit/store/database.h"
 #include "kit/store/network_apply.h"
 #include "kit/store/tessera_store.h"
+#include "store_client/sensor_record.h"
 
 namespace tessera::kit {
 
@@ -36,10 +36,9 @@ std::optional<tessera_store_session> read_session(Database &db, uint32_t id, int
 
 std::optional<uint32_t> read_privilege(Database &db, std::string_view user);
 
-// The active sensors' 68-byte records, in the order configured.
-inline constexpr std::size_t kSensorRecordSize = 68;
-inline constexpr std::size_t kMaxSensors = 256;
-using SensorRecord = std::array<uint8_t, kSensorRecordSize>;
+// The active sensors' records, in the order configured, at most wire::kMaxSensorRecords.
+using wire::SensorRecord;
+inline constexpr std::size_t kSensorNameMax = sizeof(SensorRecord::name) - 1;
 std::optional<std::vector<SensorRecord>> read_sensors(Database &db);
 
 bool log_event(Database &db, std::string_view name, int32_t arg1, int32_t arg2);

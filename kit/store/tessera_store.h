@@ -66,8 +66,9 @@ TESSERA_STORE_API int tessera_store_rollback(void);
 TESSERA_STORE_API int tessera_store_reset(void);
 
 /* Values by key, typed as the orb_config_* calls keep them. A set parses `text` for BOOL ("0"
- * is false, any other number true) and INT (decimal, as strtol reads it) and replaces the key's
- * value and type. A get writes the value as text ("0"/"1", "%d", or the text cut to `size`). */
+ * is false, any other number true) and INT (decimal, as strtol reads it, held to the 32-bit
+ * range) and replaces the key's value and type. A get writes the value as text ("0"/"1", "%d",
+ * or the text cut to `size`). */
 TESSERA_STORE_API int tessera_store_set_value(const char *key, int type, const char *text);
 TESSERA_STORE_API int tessera_store_get_value(const char *key, int *type, char *text, size_t size);
 TESSERA_STORE_API int tessera_store_remove_value(const char *key);

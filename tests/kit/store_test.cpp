@@ -7,16 +7,17 @@
 #include <array>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kit_support.h"
-#include "orb_cfg/network_record.h"
-#include "session/session_records.h"
+#include "store_client/network_record.h"
+#include "store_client/session_record.h"
 
 namespace tessera::kit::test {
 namespace {
 
-using orb_cfg::NetworkRecord;
+using wire::NetworkRecord;
 
 class Store : public ::testing::Test {
  protected:
@@ -116,7 +117,7 @@ TEST_F(Store, HandsOutSessionRecordsChildrenAndTypeLists) {
   EXPECT_EQ(add_session(session(4, "SSH", "", "", 99)), TESSERA_STORE_ERROR) << "unknown parent";
   EXPECT_EQ(add_session(session(7, "webgui", "", "", 8)), TESSERA_STORE_ERROR) << "a loop";
 
-  session::SessionRecord record{};
+  wire::SessionRecord record{};
   ASSERT_NE(o.session_info(3, &record), 0);
   EXPECT_EQ(std::strlen(record.user), 320U);
   EXPECT_EQ(o.session_info(5, &record), 0);
@@ -272,6 +273,13 @@ TEST_F(Store, AdministersValuesMappedPropertiesAndReset) {
   EXPECT_EQ(type, TESSERA_STORE_INT);
   EXPECT_STREQ(text, "8080");
   EXPECT_EQ(tessera_store_set_value("port", 9, "1"), TESSERA_STORE_ERROR);
+  // Past the 32-bit range a number stays at the limit, as on the controller, whatever the host.
+  for (const auto &[kind, shown] :
+       {std::pair{TESSERA_STORE_INT, "2147483647"}, std::pair{TESSERA_STORE_BOOL, "1"}}) {
+    ASSERT_EQ(tessera_store_set_value("port", kind, "4294967296"), 0);
+    ASSERT_EQ(tessera_store_get_value("port", &type, text, sizeof text), 0);
+    EXPECT_STREQ(text, shown);
+  }
   EXPECT_EQ(tessera_store_remove_value("port"), 0);
   EXPECT_EQ(tessera_store_get_value("port", &type, text, sizeof text), TESSERA_STORE_NOT_FOUND);
 

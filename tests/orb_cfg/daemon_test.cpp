@@ -15,7 +15,7 @@
 #include "fake_daemon.h"
 #include "fake_store.h"
 #include "heap_seam.h"
-#include "orb_cfg/daemon_message.h"
+#include "store_client/daemon_message.h"
 #include "tessera/orb_cfg.h"
 
 namespace tessera::test {
@@ -52,10 +52,10 @@ struct Out {
 };
 
 TEST(DaemonAddress, IsAZeroed110ByteAddressWithThePathLengthPlus3) {
-  for (const char *path : {orb_cfg::kMappingSocketPath, orb_cfg::kSessionSocketPath}) {
+  for (const char *path : {wire::kMappingSocketPath, wire::kSessionSocketPath}) {
     sockaddr_un address;
     std::memset(&address, 0xAB, sizeof address);
-    EXPECT_EQ(orb_cfg::make_daemon_address(path, &address), std::strlen(path) + 3);
+    EXPECT_EQ(wire::make_daemon_address(path, &address), std::strlen(path) + 3);
     EXPECT_EQ(address.sun_family, AF_UNIX);
     EXPECT_STREQ(address.sun_path, path);
     const std::string tail(address.sun_path + std::strlen(path),
@@ -63,10 +63,10 @@ TEST(DaemonAddress, IsAZeroed110ByteAddressWithThePathLengthPlus3) {
     EXPECT_EQ(tail, std::string(tail.size(), '\0'));
   }
   sockaddr_un address;
-  EXPECT_EQ(orb_cfg::make_daemon_address(std::string(108, 'p').c_str(), &address), 0U);
-  EXPECT_EQ(orb_cfg::make_daemon_address(std::string(107, 'p').c_str(), &address), 110U);
-  EXPECT_STREQ(orb_cfg::daemon_socket_path(11), "/var/run/tolvex/dmmappingSocket");
-  EXPECT_STREQ(orb_cfg::daemon_socket_path(2), "/var/run/tolvex/ipmiextdSocket");
+  EXPECT_EQ(wire::make_daemon_address(std::string(108, 'p').c_str(), &address), 0U);
+  EXPECT_EQ(wire::make_daemon_address(std::string(107, 'p').c_str(), &address), 110U);
+  EXPECT_STREQ(wire::daemon_socket_path(11), "/var/run/tolvex/dmmappingSocket");
+  EXPECT_STREQ(wire::daemon_socket_path(2), "/var/run/tolvex/ipmiextdSocket");
 }
 
 TEST(DaemonExchange, GoesToTheSocketOfItsOperationCodeAndPutsTheReplyOverTheMessage) {

@@ -129,7 +129,9 @@ TEST(IsSpecialProp, FindsRowsByWholeNameOrStem) {
        {"DNS/server", "IPV6/extaddr16", "dns/server1", "", static_cast<const char *>(nullptr)}) {
     EXPECT_EQ(Is_Special_Prop(name), -1) << (name != nullptr ? name : "(null)");
   }
+  sink().reset();
   EXPECT_EQ(Is_Special_Prop(std::string(300, '7').c_str()), -1);
+  EXPECT_EQ(sink().count(kSplitFormat), 1U) << "a name too long for any row still reports";
 }
 
 // A read that fails returns before the cut: _ori has emptied `out` first, _Ext has not. Bad

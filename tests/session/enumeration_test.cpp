@@ -12,7 +12,7 @@
 
 #include "capture_sink.h"
 #include "fake_store.h"
-#include "session/session_records.h"
+#include "store_client/session_record.h"
 #include "tessera/session.h"
 
 namespace tessera::test {
@@ -179,7 +179,7 @@ TEST_F(Sessions, InfoFailsOnlyWhenTheSessionCannotBeRead) {
 
 // A broken store's record without terminators: nothing is read or copied past a field.
 TEST_F(Sessions, UnterminatedFieldsReadAsTheirLongestText) {
-  session::SessionRecord broken{};
+  wire::SessionRecord broken{};
   std::memset(&broken, 'a', sizeof broken);
   broken.children = 0;
   SessionRecord bytes;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "store_client/platform.h"
+#include "store_client/session_record.h"
 #include "tessera/store_client.h"
 
 namespace tessera::test {
@@ -238,7 +238,8 @@ int32_t FakeStore::session_list(const char *function, const std::string &name, u
     }
   }
   // Fill at most the capacity passed in; hand back how many there are.
-  const auto room = fill_past_count_ ? store::kIdArrayCapacity : std::max<int32_t>(capacity, 0);
+  const auto room = fill_past_count_ ? static_cast<int32_t>(wire::kIdArrayLength)
+                                     : std::max<int32_t>(capacity, 0);
   const auto filled = std::min<std::size_t>(found.size(), static_cast<std::size_t>(room));
   if (ids != nullptr) {
     std::copy_n(found.begin(), filled, ids);

@@ -1,19 +1,22 @@
-// The message that the mapping daemon and the session daemon take over their local stream sockets:
-// 1724 bytes in both directions, numbers in native byte order. A request starts all zero and each
-// operation fills only its own fields. Whoever builds or reads one (the property operations, the
-// session close operations, workstation daemons) includes this header, so every field offset is
-// checked at compile time on each target that does.
+// Here beside the store client because the daemons are, like it, components outside the library.
+//
+// The message that the mapping daemon and the session daemon take over their local stream
+// sockets: 1724 bytes in both directions, numbers in native byte order. A request starts all zero
+// and each operation fills only its own fields. The property service, the session close, the
+// kit's daemons and the tests all build and read it from this header alone, which needs nothing
+// of the library to compile or link, so every field offset is checked on each target.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include "tessera/orb_cfg.h"
+namespace tessera::wire {
 
-namespace tessera::orb_cfg {
+inline constexpr std::size_t kDaemonMessageSize = 1724;
 
 struct DaemonMessage {
   uint8_t direction;  // request 1; a reply of 2 is success, any other value a refusal
@@ -28,7 +31,7 @@ struct DaemonMessage {
   uint8_t reserved_1660[64];
 };
 
-static_assert(sizeof(DaemonMessage) == TESSERA_DAEMON_MESSAGE_SIZE);
+static_assert(sizeof(DaemonMessage) == kDaemonMessageSize);
 static_assert(offsetof(DaemonMessage, direction) == 0);
 static_assert(offsetof(DaemonMessage, operation) == 1);
 static_assert(offsetof(DaemonMessage, reserved_2) == 2);
@@ -60,10 +63,6 @@ inline constexpr std::size_t kMaxDaemonName = sizeof(DaemonMessage::name) - 1;  
 inline constexpr std::size_t kMaxDaemonValue = sizeof(DaemonMessage::value) - 1;  // 1279
 inline constexpr std::size_t kMaxDcsgenValue = kMaxDaemonName;                    // 320
 
-// What session_manager_ipmiextd_communicate returns.
-inline constexpr int32_t kExchangeDone = 0;
-inline constexpr int32_t kExchangeFailed = TESSERA_DAEMON_EXCHANGE_FAILED;  // 12307
-
 inline constexpr const char kMappingSocketPath[] = "/var/run/tolvex/dmmappingSocket";
 inline constexpr const char kSessionSocketPath[] = "/var/run/tolvex/ipmiextdSocket";
 
@@ -74,20 +73,20 @@ constexpr const char *daemon_socket_path(uint8_t operation) noexcept {
 }
 
 // The daemons' address: a zeroed 110-byte AF_UNIX address holding the family and `path`. Returns
-// the length that connect takes, the path's length plus 3 (family, path, terminator), or 0 when
-// the path doesn't fit.
+// the length that connect and bind take, the path's length plus 3 (family, path, terminator), or
+// 0 when the path doesn't fit.
 static_assert(sizeof(sockaddr_un) == 110);
-socklen_t make_daemon_address(const char *path, sockaddr_un *address) noexcept;
+inline socklen_t make_daemon_address(const char *path, sockaddr_un *address) noexcept {
+  constexpr socklen_t kOverhead = sizeof(sa_family_t) + 1;  // the family, the terminator
+  static_assert(kOverhead == 3);
+  std::memset(address, 0, sizeof *address);
+  const std::size_t length = strnlen(path, sizeof address->sun_path);
+  if (length >= sizeof address->sun_path) {
+    return 0;
+  }
+  address->sun_family = AF_UNIX;
+  std::memcpy(address->sun_path, path, length);
+  return static_cast<socklen_t>(length) + kOverhead;
+}
 
-// The steps of a property operation, apart so that the reply handling can be driven on its own.
-// fill_property_request writes direction, operation, the name cut to 320 characters and, for a
-// write, the value cut to `value_limit` characters into a zeroed message. take_property_reply
-// reads the reply of `operation`: 0 on success, with a read's value delivered to `out` cut to
-// `len` - 1 characters; else the refusal's status (1 for a DCSGEN read), or 1 when a read's value
-// has no terminator inside its field. `out` is untouched unless the result is 0.
-void fill_property_request(DaemonMessage &message, DaemonOperation operation, const char *name,
-                           const char *value, std::size_t value_limit) noexcept;
-int32_t take_property_reply(const DaemonMessage &message, DaemonOperation operation, char *out,
-                            unsigned int len) noexcept;
-
-}  // namespace tessera::orb_cfg
+}  // namespace tessera::wire

@@ -1,20 +1,24 @@
+// Here with the store client's declarations because it crosses to the store client, whole.
+//
 // The network record: the controller's DNS, NIC and IPv6 settings as "netGetCurrentIfConfig" hands
-// them out and "netSetNetConfig" takes a change request. The library and any store client built
-// beside it lay the record out from here, so its size and offsets are pinned on every target.
+// them out and "netSetNetConfig" takes a change request. The library and the kit's store client
+// lay the record out from this header alone, so its size and offsets are pinned on every target.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#include "tessera/orb_cfg.h"
+namespace tessera::wire {
 
-namespace tessera::orb_cfg {
+inline constexpr std::size_t kNetworkRecordSize = 4768;
 
-// One extended IPv6 address: text, then its prefix length.
+// One extended IPv6 address: text, then its prefix length. The record holds one for each of
+// IPV6/extaddr2 to IPV6/extaddr15.
 struct ExtendedAddress {
   char address[46];
   uint8_t prefix;
 };
+inline constexpr std::size_t kExtendedAddressCount = 14;
 
 // The record as it crosses to the store client, numbers in native byte order. Every member is a
 // byte or an array of bytes, so the layout has no padding and no alignment on any target; 16- and
@@ -40,28 +44,29 @@ struct NetworkRecord {
   uint8_t nic_enable;   // source 12
   uint8_t ipv4_enable;  // source 13
   uint8_t reserved_650[321];
-  uint8_t byte_971;              // source 14, no property
-  uint8_t ipv6_dhcp_enable;      // source 9
-  uint8_t nic_auto_neg;          // source 16
-  uint8_t nic_100b;              // source 17, signed
-  uint8_t nic_full_duplex;       // source 18, signed
-  uint8_t nic_mtu[2];            // source 19, unsigned 16-bit
-  uint8_t ipv6_enable;           // source 20
-  uint8_t ipv6_prefix_length;    // source 21
-  uint8_t ipv6_ipsec_enable;     // source 24
-  char ipv6_address[46];         // source 22
-  char ipv6_gateway[46];         // source 23
-  char ipv6_link_local[46];      // source 25
-  char ipv6_site_local[46];      // source 26
-  uint8_t ipv6_address_count;    // source 27
-  ExtendedAddress extended[14];  // sources 40 to 53: IPV6/extaddrN for N = 2 to 15
+  uint8_t byte_971;            // source 14, no property
+  uint8_t ipv6_dhcp_enable;    // source 9
+  uint8_t nic_auto_neg;        // source 16
+  uint8_t nic_100b;            // source 17, signed
+  uint8_t nic_full_duplex;     // source 18, signed
+  uint8_t nic_mtu[2];          // source 19, unsigned 16-bit
+  uint8_t ipv6_enable;         // source 20
+  uint8_t ipv6_prefix_length;  // source 21
+  uint8_t ipv6_ipsec_enable;   // source 24
+  char ipv6_address[46];       // source 22
+  char ipv6_gateway[46];       // source 23
+  char ipv6_link_local[46];    // source 25
+  char ipv6_site_local[46];    // source 26
+  uint8_t ipv6_address_count;  // source 27
+  // sources 40 to 53: IPV6/extaddrN for N = 2 to 15
+  ExtendedAddress extended[kExtendedAddressCount];
   uint8_t clear_mask_first[4];   // unsigned 32-bit
   uint8_t clear_mask_second[4];  // unsigned 32-bit
   uint8_t reserved_1832[2936];
 };
 
 static_assert(sizeof(ExtendedAddress) == 47);
-static_assert(sizeof(NetworkRecord) == TESSERA_NETWORK_RECORD_SIZE);
+static_assert(sizeof(NetworkRecord) == kNetworkRecordSize);
 static_assert(offsetof(NetworkRecord, mir_name) == 0);
 static_assert(offsetof(NetworkRecord, domain_name) == 255);
 static_assert(offsetof(NetworkRecord, nic_selection) == 510);
@@ -96,7 +101,7 @@ static_assert(offsetof(NetworkRecord, ipv6_link_local) == 1073);
 static_assert(offsetof(NetworkRecord, ipv6_site_local) == 1119);
 static_assert(offsetof(NetworkRecord, ipv6_address_count) == 1165);
 static_assert(offsetof(NetworkRecord, extended) == 1166);
-static_assert(offsetof(NetworkRecord, extended) + 14 * sizeof(ExtendedAddress) == 1824);
+static_assert(offsetof(NetworkRecord, extended) + sizeof(NetworkRecord::extended) == 1824);
 static_assert(offsetof(NetworkRecord, clear_mask_first) == 1824);
 static_assert(offsetof(NetworkRecord, clear_mask_second) == 1828);
 static_assert(offsetof(NetworkRecord, reserved_1832) == 1832);
@@ -113,4 +118,18 @@ inline constexpr uint8_t kUnchangedByte = 0xFF;
 inline constexpr uint16_t kUnchangedWord = 0xFFFF;
 inline constexpr uint8_t kRequestByte646 = 1;
 
-}  // namespace tessera::orb_cfg
+// An empty text field in a change request means "unchanged"; with the field's bit set in its
+// clear mask, it empties the field instead. The bits of the first mask:
+inline constexpr uint32_t kClearIpv6Address = 0x20;
+inline constexpr uint32_t kClearIpv6Gateway = 0x40;
+inline constexpr uint32_t kClearIpv6LinkLocal = 0x80;
+inline constexpr uint32_t kClearIpv6SiteLocal = 0x100;
+// and those of the second:
+inline constexpr uint32_t kClearMirName = 0x01;
+inline constexpr uint32_t kClearDomainName = 0x02;
+inline constexpr uint32_t kClearDnsServer1 = 0x04;
+inline constexpr uint32_t kClearDnsServer2 = 0x08;
+inline constexpr uint32_t kClearIpv6DnsServer1 = 0x10;
+inline constexpr uint32_t kClearIpv6DnsServer2 = 0x20;
+
+}  // namespace tessera::wire
