@@ -47,9 +47,9 @@ inline constexpr int32_t kSourceCount =
     kFirstFirmwareSource + static_cast<int32_t>(std::size(kFirmwareOffsets));
 static_assert(kFirstFirmwareSource == 54 && kSourceCount == 58);
 
-constexpr std::array<Field, kSourceCount> make_fields() {
+consteval std::array<Field, kSourceCount> make_fields() {
   std::array<Field, kSourceCount> fields{};
-  auto set = [&fields](int32_t source, std::size_t offset, std::size_t width) {
+  auto set = [&fields](int32_t source, std::size_t offset, std::size_t width) consteval {
     fields[source] = {true, static_cast<uint16_t>(offset), static_cast<uint16_t>(width)};
   };
 #define TESSERA_FIELD(source, member) \
