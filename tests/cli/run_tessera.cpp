@@ -18,14 +18,22 @@ std::vector<std::string> words(const std::string &text) {
   return out;
 }
 
+std::vector<std::string> tessera_program() {
+  std::vector<std::string> command = words(TESSERA_CLI_EMULATOR);
+  command.emplace_back(TESSERA_CLI_PATH);
+  return command;
+}
+
 Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string &input) const {
+  std::vector<std::string> command = tessera_program();
+  command.insert(command.end(), args.begin(), args.end());
+  return run(command, input);
+}
+
+Outcome Scratch::run(std::vector<std::string> command, const std::string &input) const {
   const std::string in_path = write(".stdin", input);
   const std::string out_path = file(".stdout");
   const std::string err_path = file(".stderr");
-  // The program, behind the emulator that runs it when cross built.
-  std::vector<std::string> command = words(TESSERA_CLI_EMULATOR);
-  command.emplace_back(TESSERA_CLI_PATH);
-  command.insert(command.end(), args.begin(), args.end());
   std::vector<char *> argv;
   for (auto &word : command) {
     argv.push_back(word.data());

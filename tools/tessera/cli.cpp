@@ -1,4 +1,7 @@
-// The conventions that every subcommand shares: errors, numbers, JSON text and columns.
+// The conventions that every subcommand shares: errors, numbers, JSON text, columns and
+// progress.
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -73,6 +76,64 @@ std::string json(std::string_view text) {
     }
   }
   return out + "\"";
+}
+
+const Command *find_command(const std::vector<Command> &commands, int argc, char **argv,
+                            int &words) {
+  const Command *found = nullptr;
+  for (const auto &command : commands) {
+    const std::string name = command.name;
+    const auto space = name.find(' ');
+    if (space == std::string::npos) {
+      if (found == nullptr && name == argv[1]) {
+        found = &command;
+        words = 1;
+      }
+    } else if (argc > 2 && name.substr(0, space) == argv[1] && name.substr(space + 1) == argv[2]) {
+      words = 2;
+      return &command;
+    }
+  }
+  return found;
+}
+
+const Option *find_option(const Command &command, std::string_view name, char letter) {
+  for (const auto &option : command.options) {
+    if ((!name.empty() && name == option.name) || (letter != 0 && letter == option.letter)) {
+      return &option;
+    }
+  }
+  return nullptr;
+}
+
+// An argument that is an option rather than a value: "-x" or "--name", but not "-" or "-1".
+bool is_option(const char *arg) {
+  return arg[0] == '-' && arg[1] != '\0' && (arg[1] < '0' || arg[1] > '9');
+}
+
+std::string json_array(const std::vector<std::string> &items, int indent) {
+  std::string out = "[";
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    out += "\n" + std::string(indent + 2, ' ') + items[i] + (i + 1 < items.size() ? "," : "");
+  }
+  return out + (items.empty() ? "]" : "\n" + std::string(indent, ' ') + "]");
+}
+
+Progress::Progress(const char *what, std::size_t total)
+    : what_(what), total_(total), terminal_(isatty(STDERR_FILENO) == 1) {}
+
+void Progress::step(std::size_t done, const std::string &name) {
+  if (terminal_) {
+    std::fprintf(stderr, "\rtessera %s: %zu/%zu %s\033[K", what_, done, total_, name.c_str());
+    shown_ = true;
+  }
+}
+
+void Progress::clear() {
+  if (shown_) {
+    std::fputs("\r\033[K", stderr);
+    shown_ = false;
+  }
 }
 
 void Table::print() const {
