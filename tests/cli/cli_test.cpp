@@ -18,11 +18,10 @@ using ::testing::StartsWith;
 
 // Every command, and every group of commands, which has a help of its own.
 constexpr const char *kCommands[] = {
-    "get",      "set",           "defaults restore", "defaults fill", "catalogue", "export",
-    "import",   "diff",          "sessions",         "sessions show", "sessions close",
-    "ini show", "ini set",       "ini del",          "nvpair get",    "nvpair names",
-    "objpath",  "check",         "hexdump",          "batch",         "defaults",  "ini",
-    "nvpair",   "sim",
+    "get",     "set",     "defaults restore", "defaults fill", "catalogue",      "export",
+    "import",  "diff",    "sessions",         "sessions show", "sessions close", "ini show",
+    "ini set", "ini del", "nvpair get",       "nvpair names",  "objpath",        "check",
+    "hexdump", "batch",   "defaults",         "ini",           "nvpair",         "sim",
 };
 
 TEST(Conventions, HelpCoversEveryCommandAndTheExitCodes) {
@@ -253,7 +252,8 @@ TEST(Ini, MissingEntriesExit3AndFailuresExit1WithTheStatus) {
 // Two forms of one export: JSON with escapes, and INI with the quoting its parser needs.
 constexpr const char *kJsonExport =
     "{\"format\": \"tessera export\", \"version\": 1, \"settings\": [\n"
-    "  {\"name\": \"A/text\", \"type\": \"str\", \"value\": \" x;\\ty \\\"q\\\" \\\\ \\u00e9\\ud83d\\ude00\"},\n"
+    "  {\"name\": \"A/text\", \"type\": \"str\", \"value\": \" x;\\ty \\\"q\\\" \\\\ "
+    "\\u00e9\\ud83d\\ude00\"},\n"
     "  {\"name\": \"A/flag\", \"value\": \"1\"},\n"
     "  {\"name\": \"A/gone\", \"type\": \"int\", \"error\": \"status 2: unreadable\"}]}";
 constexpr const char *kIniExport =

@@ -30,7 +30,9 @@ std::vector<std::string> export_names(const std::vector<std::string> &prefixes) 
 
 // One side of a change or difference: the value as a JSON text, "(unreadable)" or "(absent)".
 std::string side(const Entry *entry) {
-  return entry == nullptr ? "(absent)" : !entry->error.empty() ? "(unreadable)" : json(entry->value);
+  return entry == nullptr        ? "(absent)"
+         : !entry->error.empty() ? "(unreadable)"
+                                 : json(entry->value);
 }
 
 bool same(const Entry *a, const Entry *b) {

@@ -135,7 +135,8 @@ std::vector<std::string> complete_word(const std::vector<Command> &commands,
     argv.push_back(words[i].data());
   }
   int length = 0;
-  const Command *command = find_command(commands, static_cast<int>(argv.size()), argv.data(), length);
+  const Command *command =
+      find_command(commands, static_cast<int>(argv.size()), argv.data(), length);
   if (cword == 2) {  // a subcommand of a group ("ini", and "sessions" beside its own options)
     for (const auto &c : commands) {
       const std::string name = c.name;
@@ -179,9 +180,9 @@ std::vector<std::string> complete_word(const std::vector<Command> &commands,
     return out;
   }
   const auto kinds = placeholders(command->synopsis);
-  std::string kind = args.size() < kinds.size() ? kinds[args.size()]
+  std::string kind = args.size() < kinds.size()                        ? kinds[args.size()]
                      : !kinds.empty() && kinds.back().ends_with("...") ? kinds.back()
-                                                                        : "";
+                                                                       : "";
   if (kind.ends_with("...")) {
     kind.resize(kind.size() - 3);
   }

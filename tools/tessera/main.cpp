@@ -182,8 +182,8 @@ int dispatch(const std::vector<Command> &commands, int argc, char **argv, bool t
       std::fprintf(stderr, "tessera: unknown command '%s'\nTry 'tessera --help'.\n", argv[1]);
       return kUsage;
     }
-    if (help || (argc == 3 && (std::strcmp(argv[2], "--help") == 0 ||
-                               std::strcmp(argv[2], "-h") == 0))) {
+    if (help ||
+        (argc == 3 && (std::strcmp(argv[2], "--help") == 0 || std::strcmp(argv[2], "-h") == 0))) {
       std::printf("usage: tessera %sCOMMAND [ARGUMENTS]\n       tessera %sCOMMAND --help\n\n",
                   prefix.c_str(), prefix.c_str());
       print_commands(stdout, commands, prefix);

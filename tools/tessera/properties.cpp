@@ -192,12 +192,11 @@ int catalogue(const Command &, const Args &args) {
     }
     const auto dash = [](const char *text) { return text[0] != '\0' ? text : "-"; };
     if (as_json) {
-      rows.push_back("{\"legacy_path\": " + json(row.legacy_path) +
-                     ", \"store_key\": " + json(row.store_key) +
-                     ", \"type\": " + json(type_name(row.type)) +
-                     ", \"type_code\": " + std::to_string(row.type) +
-                     ", \"source\": " + json(where_of(row)) +
-                     ", \"default\": " + json(row.default_value) + "}");
+      rows.push_back(
+          "{\"legacy_path\": " + json(row.legacy_path) + ", \"store_key\": " + json(row.store_key) +
+          ", \"type\": " + json(type_name(row.type)) +
+          ", \"type_code\": " + std::to_string(row.type) + ", \"source\": " + json(where_of(row)) +
+          ", \"default\": " + json(row.default_value) + "}");
     } else {
       table.add({dash(row.legacy_path), dash(row.store_key), type_name(row.type), where_of(row),
                  dash(row.default_value)});
@@ -343,7 +342,7 @@ std::string value_problem(const std::string &name, const std::string &value) {
       const bool valid = value.empty() ||
                          (address.ipv4 && StrIsValidIPv4Address(value.c_str()) == 1) ||
                          (address.ipv6 && is_ipv6(value));
-      const char *family = !address.ipv6 ? "an IPv4 address"
+      const char *family = !address.ipv6   ? "an IPv4 address"
                            : !address.ipv4 ? "an IPv6 address"
                                            : "an IPv4 or IPv6 address";
       return valid ? "" : refuse(std::string(family) + ", or '' to clear it");
@@ -353,10 +352,10 @@ std::string value_problem(const std::string &name, const std::string &value) {
   for (const auto &[field, field_width] : kNetworkNames) {
     width = path == field ? field_width : width;
   }
-  return value.size() <= width ? ""
-                               : "takes a text of at most " + std::to_string(width) +
-                                     " characters, not one of " + std::to_string(value.size()) +
-                                     " (--raw writes it as it stands)";
+  return value.size() <= width
+             ? ""
+             : "takes a text of at most " + std::to_string(width) + " characters, not one of " +
+                   std::to_string(value.size()) + " (--raw writes it as it stands)";
 }
 
 bool writable(const std::string &name) {
@@ -379,7 +378,9 @@ std::vector<Command> property_commands() {
        "settings. A name that fails is reported and the others are still read.\n"
        "With --json, a list of {\"name\", \"type\", \"value\"}, or \"error\" in place of the\n"
        "value for a name that can't be read (and \"source\" with --verbose).\n",
-       {kDirect, kDcsgen, {"verbose", 'v', nullptr, "print NAME = VALUE and where it came from"},
+       {kDirect,
+        kDcsgen,
+        {"verbose", 'v', nullptr, "print NAME = VALUE and where it came from"},
         kJsonOption},
        1,
        -1,
@@ -397,7 +398,8 @@ std::vector<Command> property_commands() {
        "0 to 65535); an address (DNS/server1, IPV6/gateway, SMTP/ipaddr, ...) an IPv4 or\n"
        "IPv6 address as the setting takes, or '' to clear it; a text at most 1024 characters,\n"
        "254 for DNS/mir_name and DNS/domain_name. --raw skips the check.\n",
-       {kDirect, kDcsgen,
+       {kDirect,
+        kDcsgen,
         {"raw", 'r', nullptr, "write VALUE as it stands, as the library alone would"}},
        2,
        2,
