@@ -1,7 +1,6 @@
 // What bash completion offers for the word under the cursor, taken from the commands' own names,
 // synopses and options, the property catalogue and the INI file being worked on, so that it
 // can't drift from the program. The shell side is tools/tessera/tessera.bash.
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -154,14 +153,14 @@ std::vector<std::string> complete_word(const std::vector<Command> &commands,
   const Option *waiting = nullptr;
   bool only_positional = false;
   for (std::size_t i = 1 + static_cast<std::size_t>(length); i < cword; ++i) {
-    const Option *option = nullptr;
     if (waiting != nullptr) {
       waiting = nullptr;
     } else if (!only_positional && words[i] == "--") {
       only_positional = true;
     } else if (!only_positional && is_option(words[i].c_str())) {
       const bool is_long = words[i].starts_with("--");
-      option = find_option(*command, is_long ? words[i].substr(2) : "", is_long ? 0 : words[i][1]);
+      const Option *option =
+          find_option(*command, is_long ? words[i].substr(2) : "", is_long ? 0 : words[i][1]);
       waiting = option != nullptr && option->value != nullptr ? option : nullptr;
     } else {
       args.push_back(words[i]);
@@ -196,12 +195,12 @@ std::vector<std::string> complete_word(const std::vector<Command> &commands,
 
 int complete(const std::vector<Command> &commands, int argc, char **argv) {
   uint32_t cword = 0;
-  if (argc < 2 || !parse_u32(argv[0], cword) || cword < 1) {
+  if (argc < 2 || !parse_u32(argv[0], cword) || cword < 1 ||
+      cword >= static_cast<uint32_t>(argc - 1)) {
     std::fputs("usage: tessera __complete CWORD WORD...\n", stderr);
     return kUsage;
   }
-  std::vector<std::string> words(argv + 1, argv + argc);
-  words.resize(std::max<std::size_t>(words.size(), cword + 1));  // the cursor past the end
+  const std::vector<std::string> words(argv + 1, argv + argc);
   const auto found = complete_word(commands, words, cword);
   if (found.size() == 1 && found[0] == kFileName) {
     std::puts("files");

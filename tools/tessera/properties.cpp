@@ -319,12 +319,12 @@ std::string value_problem(const std::string &name, const std::string &value) {
     case PROP_TYPE_INT:
     case PROP_TYPE_BYTE:
     case PROP_TYPE_SHORT: {
-      // The network record holds a signed byte, a byte or 16 bits; the store 32 bits.
-      const int64_t low = !network || type == PROP_TYPE_INT ? (network ? -128 : INT32_MIN) : 0;
-      const int64_t high = !network                 ? INT32_MAX
-                           : type == PROP_TYPE_INT  ? 127
-                           : type == PROP_TYPE_BYTE ? 255
-                                                    : 65535;
+      // The store holds 32 bits; the network record a signed byte, a byte or 16 bits.
+      using Range = std::pair<int64_t, int64_t>;
+      const auto [low, high] = !network                 ? Range{INT32_MIN, INT32_MAX}
+                               : type == PROP_TYPE_INT  ? Range{-128, 127}
+                               : type == PROP_TYPE_BYTE ? Range{0, 255}
+                                                        : Range{0, 65535};
       return is_number(value, low, high) ? ""
                                          : refuse("a decimal number from " + std::to_string(low) +
                                                   " to " + std::to_string(high));
