@@ -118,39 +118,32 @@ TEST(Check, PassesGiveExit0AndFailuresExit3) {
 }
 
 TEST(Codecs, ListValuesNamesAndObjectPaths) {
-  struct Case {
-    std::vector<std::string> args;
-    int exit;
-    std::string out;
-    std::string err;
-  };
-  const Case cases[] = {
-      {{"nvpair", "get", "a=1,bc=#EQU#x#CMT#y", "bc"}, 0, "=x,y\n", ""},
-      {{"nvpair", "get", "--raw", "a=1,bc=#EQU#x", "bc"}, 0, "#EQU#x\n", ""},
-      {{"nvpair", "get", "a=1", "z"}, 3, "", "tessera: z: status 4: no such name in the list\n"},
-      {{"nvpair", "get", "a,b=1", "b"}, 1, "", "tessera: b: status 1: the list is malformed"},
-      {{"nvpair", "names", "a\\,b=1,c=2,"}, 0, "a,b\nc\n", ""},
-      {{"objpath", "//h/root/x:C.K=1,L=a b"},
-       0,
-       "host:       //h\nnamespace:  root/x\nclass:      C\nkey:        K=1\nkey:        L=a b\n",
-       ""},
-      {{"objpath", "--json", "C.K=1"},
-       0,
-       "{\"host\": \"\", \"namespace\": \"root/cimv2\", \"class\": \"C\", \"keys\": "
-       "[{\"name\": \"K\", \"value\": \"1\"}]}\n",
-       ""},
-      {{"objpath", "C.K=1,L=2", "L"}, 0, "2\n", ""},
-      {{"objpath", "C.K=1", "k"}, 3, "", "tessera: C.K=1: no key property k\n"},
-      {{"objpath", "C.A B=1"}, 1, "", "tessera: C.A B=1: status 4: not an object path"},
-  };
   Scratch scratch;
-  for (const auto &c : cases) {
-    const Outcome run = scratch.tessera(c.args);
-    EXPECT_EQ(run.exit, c.exit) << c.args.back();
-    EXPECT_EQ(run.out, c.out) << c.args.back();
-    EXPECT_THAT(run.err, StartsWith(c.err)) << c.args.back();
-    EXPECT_EQ(run.err.empty(), c.err.empty()) << c.args.back();
-  }
+  expect_runs(
+      scratch,
+      {
+          {{"nvpair", "get", "a=1,bc=#EQU#x#CMT#y", "bc"}, 0, "=x,y\n", ""},
+          {{"nvpair", "get", "--raw", "a=1,bc=#EQU#x", "bc"}, 0, "#EQU#x\n", ""},
+          {{"nvpair", "get", "a=1", "z"},
+           3,
+           "",
+           "tessera: z: status 4: no such name in the list\n"},
+          {{"nvpair", "get", "a,b=1", "b"}, 1, "", "tessera: b: status 1: the list is malformed"},
+          {{"nvpair", "names", "a\\,b=1,c=2,"}, 0, "a,b\nc\n", ""},
+          {{"objpath", "//h/root/x:C.K=1,L=a b"},
+           0,
+           "host:       //h\nnamespace:  root/x\nclass:      C\nkey:        K=1\nkey:        L=a "
+           "b\n",
+           ""},
+          {{"objpath", "--json", "C.K=1"},
+           0,
+           "{\"host\": \"\", \"namespace\": \"root/cimv2\", \"class\": \"C\", \"keys\": "
+           "[{\"name\": \"K\", \"value\": \"1\"}]}\n",
+           ""},
+          {{"objpath", "C.K=1,L=2", "L"}, 0, "2\n", ""},
+          {{"objpath", "C.K=1", "k"}, 3, "", "tessera: C.K=1: no key property k\n"},
+          {{"objpath", "C.A B=1"}, 1, "", "tessera: C.A B=1: status 4: not an object path"},
+      });
 }
 
 TEST(Hexdump, PrintsTheTraceLogDumpOfAFileOrStandardInput) {
@@ -219,33 +212,32 @@ TEST(Ini, SetCreatesShowReadsAndDelRemovesInTheNormalForm) {
 TEST(Ini, MissingEntriesExit3AndFailuresExit1WithTheStatus) {
   Scratch scratch;
   const std::string path = scratch.write("a.ini", "[s]\nk=v\n");
-  struct Case {
-    std::vector<std::string> args;
-    int exit;
-    std::string message;
-  };
-  const Case cases[] = {
-      {{"show", path, "t"}, 3, path + ": no section [t]"},
-      {{"show", path, "s", "x"}, 3, path + ": no key x in section [s]"},
-      {{"del", path, "s", "x"}, 3, path + ": no key x in section [s]"},
-      {{"show", "none.ini"},
-       1,
-       "none.ini: status 1: the file can't be read: No such file or directory"},
-      {{"show", std::string(257, 'p')}, 1, "status 1: path longer than 256 characters"},
-      {{"set", path, std::string(256, 's'), "k", "v"},
-       1,
-       "status 8: section name longer than 255 characters"},
-      {{"set", path, "s", "k", std::string(1024, 'v')}, 1, "value longer than 1023 characters"},
-      {{"set", scratch.file("no/dir.ini"), "s", "k", "v"}, 1, "can't write beside the file"},
-      {{"show", scratch.path()}, 1, "Is a directory"},
-  };
-  for (const auto &c : cases) {
-    auto args = c.args;
-    args.insert(args.begin(), "ini");
-    const Outcome run = scratch.tessera(args);
-    EXPECT_EQ(run.exit, c.exit) << c.args[0] << " " << c.message;
-    EXPECT_THAT(run.err, HasSubstr(c.message));
-  }
+  expect_runs(
+      scratch,
+      {
+          {{"show", path, "t"}, 3, "", path + ": no section [t]"},
+          {{"show", path, "s", "x"}, 3, "", path + ": no key x in section [s]"},
+          {{"del", path, "s", "x"}, 3, "", path + ": no key x in section [s]"},
+          {{"show", "none.ini"},
+           1,
+           "",
+           "none.ini: status 1: the file can't be read: No such file or directory"},
+          {{"show", std::string(257, 'p')}, 1, "", "status 1: path longer than 256 characters"},
+          {{"set", path, std::string(256, 's'), "k", "v"},
+           1,
+           "",
+           "status 8: section name longer than 255 characters"},
+          {{"set", path, "s", "k", std::string(1024, 'v')},
+           1,
+           "",
+           "value longer than 1023 characters"},
+          {{"set", scratch.file("no/dir.ini"), "s", "k", "v"},
+           1,
+           "",
+           "can't write beside the file"},
+          {{"show", scratch.path()}, 1, "", "Is a directory"},
+      },
+      {"ini"});
   EXPECT_EQ(scratch.read("a.ini"), "[s]\nk=v\n");
 }
 
@@ -268,33 +260,22 @@ TEST(Backup, DiffComparesExportsInEitherForm) {
   changed.replace(changed.find("value=\"1\""), 9, "value=0");
   changed.replace(changed.find("\n[A/gone]"), std::string::npos, "\n[B/new]\nvalue=\n");
   const std::string other = scratch.write("b.ini", changed);
-  struct Case {
-    std::vector<std::string> args;
-    int exit;
-    std::string out;
-    std::string err;
-  };
-  const Case cases[] = {
-      {{json, ini}, 0, "", ""},
-      {{json, other},
-       3,
-       "A/flag: \"1\" -> \"0\"\nA/gone: (unreadable) -> (absent)\nB/new: (absent) -> \"\"\n",
-       ""},
-      {{scratch.write("c.json", "{\"format\": \"tessera export\", \"version\": 2}"), ini},
-       1,
-       "",
-       "c.json: an export of another version than 1\n"},
-      {{scratch.write("d.json", "{\"settings\": [}"), ini}, 1, "", "d.json: not JSON: a value"},
-      {{json, scratch.write("e.ini", "[s]\nk=v\n")}, 1, "", "e.ini: not a tessera export"},
-  };
-  for (const auto &c : cases) {
-    auto args = c.args;
-    args.insert(args.begin(), "diff");
-    const Outcome run = scratch.tessera(args);
-    EXPECT_EQ(run.exit, c.exit) << c.args[1];
-    EXPECT_EQ(run.out, c.out) << c.args[1];
-    EXPECT_THAT(run.err, HasSubstr(c.err)) << c.args[1];
-  }
+  expect_runs(
+      scratch,
+      {
+          {{json, ini}, 0, "", ""},
+          {{json, other},
+           3,
+           "A/flag: \"1\" -> \"0\"\nA/gone: (unreadable) -> (absent)\nB/new: (absent) -> \"\"\n",
+           ""},
+          {{scratch.write("c.json", "{\"format\": \"tessera export\", \"version\": 2}"), ini},
+           1,
+           "",
+           "c.json: an export of another version than 1\n"},
+          {{scratch.write("d.json", "{\"settings\": [}"), ini}, 1, "", "d.json: not JSON: a value"},
+          {{json, scratch.write("e.ini", "[s]\nk=v\n")}, 1, "", "e.ini: not a tessera export"},
+      },
+      {"diff"});
 }
 
 TEST(Batch, RunsLinesInOrderAndStopsAtTheFirstFailureUnlessToldToGoOn) {

@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <sstream>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 namespace tessera::test {
 
 std::vector<std::string> words(const std::string &text) {
@@ -62,6 +65,23 @@ Outcome Scratch::run(std::vector<std::string> command, const std::string &input)
   run.out = read(".stdout");
   run.err = read(".stderr");
   return run;
+}
+
+void expect_runs(const Scratch &scratch, const std::vector<Expected> &cases,
+                 const std::vector<std::string> &before) {
+  for (const auto &c : cases) {
+    auto args = before;
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const Outcome run = scratch.tessera(args);
+    std::string line;
+    for (const auto &arg : args) {
+      line += " " + arg.substr(0, 40);
+    }
+    EXPECT_EQ(run.exit, c.exit) << line;
+    EXPECT_EQ(run.out, c.out) << line;
+    EXPECT_THAT(run.err, ::testing::HasSubstr(c.err)) << line;
+    EXPECT_EQ(run.err.empty(), c.err.empty()) << line << ": " << run.err;
+  }
 }
 
 }  // namespace tessera::test

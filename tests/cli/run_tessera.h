@@ -39,4 +39,16 @@ class Scratch : public ScratchDir {
   Outcome tessera(const std::vector<std::string> &args, const std::string &input = "") const;
 };
 
+// A run of tessera and what it must give: its exit status, its standard output, and a part of
+// its standard error ("" when it must print nothing there).
+struct Expected {
+  std::vector<std::string> args;
+  int exit;
+  std::string out;
+  std::string err;
+};
+// Runs each case, with `before` in front of its arguments, and checks what it gives.
+void expect_runs(const Scratch &scratch, const std::vector<Expected> &cases,
+                 const std::vector<std::string> &before = {});
+
 }  // namespace tessera::test

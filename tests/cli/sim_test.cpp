@@ -88,29 +88,28 @@ TEST_F(Simulated, SettingsGoThroughTheDaemonOrFallBackToStoreAndNetworkRecord) {
 }
 
 TEST_F(Simulated, FailuresNameTheStatusAndItsMeaning) {
-  struct Case {
-    std::vector<std::string> args;
-    std::string message;
-  };
-  const Case cases[] = {
-      {{"get", "NO/such_setting"},
-       "NO/such_setting: status 2: nothing to read: an empty name, no value"},
-      {{"get", "--dcsgen", "nothing"},
-       "nothing: status 1: the mapping daemon can't be reached or "
-       "has no such DCSGEN property"},
-      {{"set", "MIR/FIRMWARE/version", "9"}, ""},  // the daemon owns it: no failure
-      {{"set", "--direct", "MIR/FIRMWARE/version", "9"},
-       "MIR/FIRMWARE/version: status 1: the store refused the value, or the property can't be "
-       "written"},
-      {{"set", "--raw", "DNS/server1", "10.20.0.153.1.2.3.4"},
-       "DNS/server1: status 1: the store refused"},
-  };
-  for (const auto &c : cases) {
-    const Outcome run = tessera(c.args);
-    EXPECT_EQ(run.exit, c.message.empty() ? 0 : 1) << c.args[1];
-    EXPECT_THAT(run.err, StartsWith(c.message.empty() ? "" : "tessera: " + c.message));
-    EXPECT_EQ(run.err.empty(), c.message.empty()) << c.args[1];
-  }
+  expect_runs(
+      *scratch_,
+      {
+          {{"get", "NO/such_setting"},
+           1,
+           "",
+           "tessera: NO/such_setting: status 2: nothing to read: an empty name, no value"},
+          {{"get", "--dcsgen", "nothing"},
+           1,
+           "",
+           "tessera: nothing: status 1: the mapping daemon can't be reached or has no such DCSGEN"},
+          {{"set", "MIR/FIRMWARE/version", "9"}, 0, "", ""},  // the daemon owns it: no failure
+          {{"set", "--direct", "MIR/FIRMWARE/version", "9"},
+           1,
+           "",
+           "tessera: MIR/FIRMWARE/version: status 1: the store refused the value, or the property "
+           "can't be written"},
+          {{"set", "--raw", "DNS/server1", "10.20.0.153.1.2.3.4"},
+           1,
+           "",
+           "tessera: DNS/server1: status 1: the store refused"},
+      });
 }
 
 TEST_F(Simulated, ANameThatFailsLeavesTheOthersReadAndTheExitStatus1) {

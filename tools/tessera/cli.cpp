@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "cli.h"
@@ -46,36 +47,27 @@ bool parse_u32(const std::string &text, uint32_t &out) {
   return true;
 }
 
-std::string json(std::string_view text) {
+std::string quote(std::string_view text, const char *hex_escape, const char *more) {
+  constexpr const char *kShort = "\"\\\t\n\r";  // written as \", \\, \t, \n, \r
   std::string out = "\"";
   for (const char c : text) {
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      default:
-        if (static_cast<unsigned char>(c) < 0x20) {
-          char escaped[8];
-          std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
-          out += escaped;
-        } else {
-          out += c;
-        }
+    const char *short_escape = c != '\0' ? std::strchr(kShort, c) : nullptr;
+    if (short_escape != nullptr) {
+      out += '\\';
+      out += "\"\\tnr"[short_escape - kShort];
+    } else if (static_cast<unsigned char>(c) < 0x20 || (c != '\0' && std::strchr(more, c) != nullptr)) {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\%s%02x", hex_escape, static_cast<unsigned>(c));
+      out += escaped;
+    } else {
+      out += c;
     }
   }
   return out + "\"";
+}
+
+std::string json(std::string_view text) {
+  return quote(text, "u00");
 }
 
 const Command *find_command(const std::vector<Command> &commands, int argc, char **argv,

@@ -132,6 +132,10 @@ int fail_status(const std::string &what, int64_t status, const std::string &mean
 // Reads a whole decimal number into `out`; false when the text is no number or out of range.
 bool parse_u32(const std::string &text, uint32_t &out);
 
+// `text` in double quotes, with '"', '\\', tab, line feed and carriage return escaped by a
+// backslash, and the other control characters and those in `more` as a backslash,
+// `hex_escape` and two hexadecimal digits.
+std::string quote(std::string_view text, const char *hex_escape, const char *more = "");
 // A JSON string literal of `text` (bytes above 0x7F pass as they are).
 std::string json(std::string_view text);
 

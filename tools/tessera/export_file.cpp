@@ -267,35 +267,7 @@ bool plain(std::string_view value) {
 }
 
 std::string quoted(std::string_view value) {
-  std::string out = "\"";
-  for (const char c : value) {
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      default:
-        if (c == ';' || static_cast<unsigned char>(c) < 0x20) {
-          char escaped[8];
-          std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned>(c));
-          out += escaped;
-        } else {
-          out += c;
-        }
-    }
-  }
-  return out + "\"";
+  return quote(value, "x", ";");  // a ';' anywhere ends the INI parser's line
 }
 
 // The value keys that hold `value`: itself, quoted, or quoted in pieces when too long for one.
