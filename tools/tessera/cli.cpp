@@ -55,7 +55,8 @@ std::string quote(std::string_view text, const char *hex_escape, const char *mor
     if (short_escape != nullptr) {
       out += '\\';
       out += "\"\\tnr"[short_escape - kShort];
-    } else if (static_cast<unsigned char>(c) < 0x20 || (c != '\0' && std::strchr(more, c) != nullptr)) {
+    } else if (static_cast<unsigned char>(c) < 0x20 ||
+               (c != '\0' && std::strchr(more, c) != nullptr)) {
       char escaped[8];
       std::snprintf(escaped, sizeof escaped, "\\%s%02x", hex_escape, static_cast<unsigned>(c));
       out += escaped;
