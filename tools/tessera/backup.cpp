@@ -150,13 +150,14 @@ std::vector<Command> backup_commands() {
        "writes them to standard output: each legacy path, or store key where a setting has\n"
        "none, with its type and its value, network settings and firmware values included.\n"
        "With PREFIX, only the settings whose legacy path or store key starts with one of\n"
-       "them. The order is the catalogue's, so two exports compare line by line.\n"
+       "them. The order is the catalogue's, so two exports compare line by line. The INI\n"
+       "form has a section per setting, in the library's INI form, values that it wouldn't\n"
+       "read back as they are written in double quotes with backslash escapes.\n"
        "\n"
        "A setting that can't be read is named on standard error with the library's status\n"
        "and marked in the export with \"error\" in place of its value; the exit status is\n"
        "then 1. While standard error is a terminal it shows the progress.\n",
-       {{"format", 'f', "json|ini",
-         "json (the default), or ini: a section per setting, in the library's INI form"}},
+       {{"format", 'f', "json|ini", "JSON (the default) or INI"}},
        0,
        -1,
        export_settings},
@@ -178,10 +179,10 @@ std::vector<Command> backup_commands() {
       {"diff",
        "FILE [FILE]",
        "compare two exports, or an export with the controller",
-       "Compares two exports (JSON or INI, in either form), or with one FILE, that export\n"
-       "with the controller's settings now. Prints NAME: \"A\" -> \"B\" for each setting that\n"
-       "differs, with (absent) for one that only one side has and (unreadable) for one\n"
-       "that couldn't be read. Exit status 0 when they are the same, 3 when they differ.\n",
+       "Compares two exports (each JSON or INI), or with one FILE, that export with the\n"
+       "controller's settings now. Prints NAME: \"A\" -> \"B\" for each setting that differs,\n"
+       "with (absent) for one that only one side has and (unreadable) for one that couldn't\n"
+       "be read. Exit status 0 when they are the same, 3 when they differ.\n",
        {},
        1,
        2,

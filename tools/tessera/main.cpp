@@ -33,7 +33,7 @@ constexpr const char *kExitCodes =
     "Exit status:\n"
     "  0  success, or the answer is yes\n"
     "  1  an operation failed: standard error gives the library's status code and what it means\n"
-    "  2  the command line is wrong\n"
+    "  2  the command line is wrong, or a value doesn't fit its setting's type\n"
     "  3  the answer is no: a text fails a check, a section, key, name or session isn't there,\n"
     "     or `diff` finds a difference\n";
 
