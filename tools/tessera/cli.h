@@ -98,9 +98,8 @@ std::string write_failure(const std::string &name, int32_t status, Route route);
 int32_t type_of(const std::string &name);
 std::string type_name(int type);
 // Why `value` can't be the setting's value by its type, as "takes ..., not ..." ("" when it
-// can): a decimal number in
-// the signed 32-bit range (the field's range for the network record), 0 or 1 for a flag, an
-// address where the setting is one, a text no wider than its field.
+// can): a setting takes a decimal number in the signed 32-bit range (the field's range in the
+// network record), 0 or 1 for a flag, an address where it is one, a text no wider than its field.
 std::string value_problem(const std::string &name, const std::string &value);
 // False for the settings the library never writes: firmware values, extended IPv6 entries,
 // change markers.

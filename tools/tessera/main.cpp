@@ -214,7 +214,8 @@ bool split_line(const std::string &line, std::vector<std::string> &words) {
   char quote = 0;
   for (std::size_t i = 0; i < line.size(); ++i) {
     const char c = line[i];
-    const bool escapable = i + 1 < line.size() && (quote == 0 || std::strchr("\"\\", line[i + 1]));
+    const bool escapable =
+        i + 1 < line.size() && (quote == 0 || line[i + 1] == '"' || line[i + 1] == '\\');
     if (quote != 0 && c == quote) {
       quote = 0;
     } else if (c == '\\' && quote != '\'' && escapable) {
@@ -262,7 +263,7 @@ int batch(const Command &, const Args &args) {
     if (!split_line(std::string(line, length - (length > 0 && line[length - 1] == '\n')), words)) {
       std::fprintf(stderr, "tessera: %s: a quote isn't closed\n", at.c_str());
       status = kUsage;
-    } else if (words.size() > 0 && words[0] == "tessera") {
+    } else if (!words.empty() && words[0] == "tessera") {
       words.erase(words.begin());  // the program's name is allowed, and not needed
     }
     if (status == kOk && !words.empty() &&
