@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <sstream>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 namespace tessera::test {
 
 std::vector<std::string> words(const std::string &text) {
@@ -18,14 +21,22 @@ std::vector<std::string> words(const std::string &text) {
   return out;
 }
 
+std::vector<std::string> tessera_program() {
+  std::vector<std::string> command = words(TESSERA_CLI_EMULATOR);
+  command.emplace_back(TESSERA_CLI_PATH);
+  return command;
+}
+
 Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string &input) const {
+  std::vector<std::string> command = tessera_program();
+  command.insert(command.end(), args.begin(), args.end());
+  return run(command, input);
+}
+
+Outcome Scratch::run(std::vector<std::string> command, const std::string &input) const {
   const std::string in_path = write(".stdin", input);
   const std::string out_path = file(".stdout");
   const std::string err_path = file(".stderr");
-  // The program, behind the emulator that runs it when cross built.
-  std::vector<std::string> command = words(TESSERA_CLI_EMULATOR);
-  command.emplace_back(TESSERA_CLI_PATH);
-  command.insert(command.end(), args.begin(), args.end());
   std::vector<char *> argv;
   for (auto &word : command) {
     argv.push_back(word.data());
@@ -54,6 +65,23 @@ Outcome Scratch::tessera(const std::vector<std::string> &args, const std::string
   run.out = read(".stdout");
   run.err = read(".stderr");
   return run;
+}
+
+void expect_runs(const Scratch &scratch, const std::vector<Expected> &cases,
+                 const std::vector<std::string> &before) {
+  for (const auto &c : cases) {
+    auto args = before;
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const Outcome run = scratch.tessera(args);
+    std::string line;
+    for (const auto &arg : args) {
+      line += " " + arg.substr(0, 40);
+    }
+    EXPECT_EQ(run.exit, c.exit) << line;
+    EXPECT_EQ(run.out, c.out) << line;
+    EXPECT_THAT(run.err, ::testing::HasSubstr(c.err)) << line;
+    EXPECT_EQ(run.err.empty(), c.err.empty()) << line << ": " << run.err;
+  }
 }
 
 }  // namespace tessera::test

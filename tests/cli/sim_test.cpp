@@ -54,10 +54,11 @@ class Simulated : public ::testing::Test {
     EXPECT_THAT(seed.out, HasSubstr("8 sessions, 5 sensors."));
   }
   static Outcome tessera(const std::vector<std::string> &args) { return scratch_->tessera(args); }
-  // What the command prints when it succeeds.
+  // What the command prints when it succeeds, which is nothing on standard error.
   static std::string out(const std::vector<std::string> &args) {
     const Outcome run = tessera(args);
     EXPECT_EQ(run.exit, 0) << args[0] << ": " << run.err;
+    EXPECT_EQ(run.err, "") << args[0];
     return run.out;
   }
 
@@ -74,6 +75,7 @@ TEST_F(Simulated, SettingsGoThroughTheDaemonOrFallBackToStoreAndNetworkRecord) {
   EXPECT_EQ(set.out + set.err, "");
   EXPECT_EQ(out({"set", "WEBSERVER/http_port", "8080"}), "");
   EXPECT_EQ(out({"set", "NETWORK/NIC/mtu", "9000"}), "");
+  EXPECT_EQ(tessera({"set", "NETWORK/NIC/mtu", "70000"}).exit, 2);  // 16 bits in the record
   EXPECT_EQ(out({"set", "--direct", "DNS/server2", ""}), "");
   EXPECT_EQ(out({"get", "MIR/name", "gui_int_http_port", "NETWORK/NIC/mtu", "DNS/server2",
                  "DNS/server1"}),
@@ -86,28 +88,28 @@ TEST_F(Simulated, SettingsGoThroughTheDaemonOrFallBackToStoreAndNetworkRecord) {
 }
 
 TEST_F(Simulated, FailuresNameTheStatusAndItsMeaning) {
-  struct Case {
-    std::vector<std::string> args;
-    std::string message;
-  };
-  const Case cases[] = {
-      {{"get", "NO/such_setting"},
-       "NO/such_setting: status 2: nothing to read: an empty name, no value"},
-      {{"get", "--dcsgen", "nothing"},
-       "nothing: status 1: the mapping daemon can't be reached or "
-       "has no such DCSGEN property"},
-      {{"set", "MIR/FIRMWARE/version", "9"}, ""},  // the daemon owns it: no failure
-      {{"set", "--direct", "MIR/FIRMWARE/version", "9"},
-       "MIR/FIRMWARE/version: status 1: the store refused the value, or the property can't be "
-       "written"},
-      {{"set", "DNS/server1", "10.20.0.153.1.2.3.4"}, "DNS/server1: status 1: the store refused"},
-  };
-  for (const auto &c : cases) {
-    const Outcome run = tessera(c.args);
-    EXPECT_EQ(run.exit, c.message.empty() ? 0 : 1) << c.args[1];
-    EXPECT_THAT(run.err, StartsWith(c.message.empty() ? "" : "tessera: " + c.message));
-    EXPECT_EQ(run.err.empty(), c.message.empty()) << c.args[1];
-  }
+  expect_runs(
+      *scratch_,
+      {
+          {{"get", "NO/such_setting"},
+           1,
+           "",
+           "tessera: NO/such_setting: status 2: nothing to read: an empty name, no value"},
+          {{"get", "--dcsgen", "nothing"},
+           1,
+           "",
+           "tessera: nothing: status 1: the mapping daemon can't be reached or has no such DCSGEN"},
+          {{"set", "MIR/FIRMWARE/version", "9"}, 0, "", ""},  // the daemon owns it: no failure
+          {{"set", "--direct", "MIR/FIRMWARE/version", "9"},
+           1,
+           "",
+           "tessera: MIR/FIRMWARE/version: status 1: the store refused the value, or the property "
+           "can't be written"},
+          {{"set", "--raw", "DNS/server1", "10.20.0.153.1.2.3.4"},
+           1,
+           "",
+           "tessera: DNS/server1: status 1: the store refused"},
+      });
 }
 
 TEST_F(Simulated, ANameThatFailsLeavesTheOthersReadAndTheExitStatus1) {
@@ -115,6 +117,47 @@ TEST_F(Simulated, ANameThatFailsLeavesTheOthersReadAndTheExitStatus1) {
   EXPECT_EQ(run.exit, 1);
   EXPECT_EQ(run.out, "MIR/name=mirel-lab-01\nSSH/port=22\n");
   EXPECT_THAT(run.err, StartsWith("tessera: NO/such_setting: status 2: "));
+  const Outcome json = tessera({"get", "--json", "SSH/port", "NO/such_setting"});
+  EXPECT_EQ(json.exit, 1);
+  EXPECT_THAT(json.out, StartsWith("[\n  {\"name\": \"SSH/port\", \"type\": \"int\", \"value\": "
+                                   "\"22\"},\n  {\"name\": \"NO/such_setting\", \"type\": "
+                                   "\"none\", \"error\": \"status 2: nothing to read"));
+}
+
+TEST_F(Simulated, AnImportOfAnExportPutsBackEveryChangeAndASecondImportNothing) {
+  // A text that INI can only hold quoted, so that both forms must carry it whole.
+  EXPECT_EQ(out({"set", "EMAIL_ALERT/msg1", " a;b\t\"c\" \\\n"}), "");
+  const std::string before = out({"export"});
+  const std::string json = scratch_->write("before.json", before);
+  const std::string ini = scratch_->write("before.ini", out({"export", "--format", "ini"}));
+  for (const char *change :
+       {"WEBSERVER/http_port 8080", "EMAIL_ALERT/msg1 plain", "MIR/name lab-02",
+        "NETWORK/NIC/mtu 9000", "IPV6/prefix_length 48", "pm_bool_remote_syslog_enable 1"}) {
+    auto args = words(change);
+    args.insert(args.begin(), "set");
+    EXPECT_EQ(out(args), "") << change;
+  }
+  EXPECT_EQ(out({"set", "DNS/server2", ""}), "");
+  const std::string changes =
+      "WEBSERVER/http_port: \"8080\" -> \"80\"\n"
+      "EMAIL_ALERT/msg1: \"plain\" -> \" a;b\\t\\\"c\\\" \\\\\\n\"\n"
+      "MIR/name: \"lab-02\" -> \"mirel-lab-01\"\n"
+      "NETWORK/NIC/mtu: \"9000\" -> \"1500\"\n"
+      "IPV6/prefix_length: \"48\" -> \"64\"\n"
+      "DNS/server2: \"\" -> \"10.20.0.54\"\n"
+      "pm_bool_remote_syslog_enable: \"1\" -> \"0\"\n";
+  EXPECT_EQ(out({"import", "--dry-run", ini}), changes);
+  EXPECT_EQ(tessera({"diff", json}).exit, 3);
+  EXPECT_EQ(out({"import", ini}), changes);
+  EXPECT_EQ(out({"export"}), before);
+  EXPECT_EQ(out({"import", json}), "");
+  EXPECT_EQ(out({"diff", json, ini}), "");
+  // Firmware values and extended IPv6 addresses are exported, but never written back.
+  std::string other = before;
+  for (const char *value : {"\"value\": \"2.10\"", "\"value\": \"/0\""}) {
+    other.replace(other.find(value), std::string(value).size(), "\"value\": \"9\"");
+  }
+  EXPECT_EQ(out({"import", "--dry-run", scratch_->write("other.json", other)}), "");
 }
 
 TEST_F(Simulated, CommandsInTheNamespaceKeepTheUsersWorkingDirectory) {
@@ -181,6 +224,11 @@ TEST_F(Simulated, StatusAndShellReachTheDaemonsAndStopEndsThem) {
   const Outcome get = tessera({"get", "MIR/name"});
   EXPECT_EQ(get.exit, 1);
   EXPECT_THAT(get.err, HasSubstr("status 1: the mapping daemon can't be reached"));
+  const Outcome backup = tessera({"export", "WEBSERVER/http_port"});  // marked, and named
+  EXPECT_EQ(backup.exit, 1);
+  EXPECT_THAT(backup.out, HasSubstr("{\"name\": \"WEBSERVER/http_port\", \"type\": \"int\", "
+                                    "\"error\": \"status 1: the mapping daemon can't be reached"));
+  EXPECT_THAT(backup.err, StartsWith("tessera: WEBSERVER/http_port: status 1: the mapping"));
   const Outcome close = tessera({"sessions", "close", "1"});
   EXPECT_EQ(close.exit, 1);
   EXPECT_THAT(close.err, HasSubstr("status 12307: the session daemon can't be reached"));

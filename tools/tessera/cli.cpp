@@ -1,7 +1,11 @@
-// The conventions that every subcommand shares: errors, numbers, JSON text and columns.
+// The conventions that every subcommand shares: errors, numbers, JSON text, columns and
+// progress.
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "cli.h"
@@ -43,36 +47,86 @@ bool parse_u32(const std::string &text, uint32_t &out) {
   return true;
 }
 
-std::string json(std::string_view text) {
+std::string quote(std::string_view text, const char *hex_escape, const char *more) {
+  constexpr const char *kShort = "\"\\\t\n\r";  // written as \", \\, \t, \n, \r
   std::string out = "\"";
   for (const char c : text) {
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      default:
-        if (static_cast<unsigned char>(c) < 0x20) {
-          char escaped[8];
-          std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(c));
-          out += escaped;
-        } else {
-          out += c;
-        }
+    const char *short_escape = c != '\0' ? std::strchr(kShort, c) : nullptr;
+    if (short_escape != nullptr) {
+      out += '\\';
+      out += "\"\\tnr"[short_escape - kShort];
+    } else if (static_cast<unsigned char>(c) < 0x20 ||
+               (c != '\0' && std::strchr(more, c) != nullptr)) {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\%s%02x", hex_escape, static_cast<unsigned>(c));
+      out += escaped;
+    } else {
+      out += c;
     }
   }
   return out + "\"";
+}
+
+std::string json(std::string_view text) {
+  return quote(text, "u00");
+}
+
+const Command *find_command(const std::vector<Command> &commands, int argc, char **argv,
+                            int &words) {
+  const Command *found = nullptr;
+  for (const auto &command : commands) {
+    const std::string name = command.name;
+    const auto space = name.find(' ');
+    if (space == std::string::npos) {
+      if (found == nullptr && name == argv[1]) {
+        found = &command;
+        words = 1;
+      }
+    } else if (argc > 2 && name.substr(0, space) == argv[1] && name.substr(space + 1) == argv[2]) {
+      words = 2;
+      return &command;
+    }
+  }
+  return found;
+}
+
+const Option *find_option(const Command &command, std::string_view name, char letter) {
+  for (const auto &option : command.options) {
+    if ((!name.empty() && name == option.name) || (letter != 0 && letter == option.letter)) {
+      return &option;
+    }
+  }
+  return nullptr;
+}
+
+// An argument that is an option rather than a value: "-x" or "--name", but not "-" or "-1".
+bool is_option(const char *arg) {
+  return arg[0] == '-' && arg[1] != '\0' && (arg[1] < '0' || arg[1] > '9');
+}
+
+std::string json_array(const std::vector<std::string> &items, int indent) {
+  std::string out = "[";
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    out += "\n" + std::string(indent + 2, ' ') + items[i] + (i + 1 < items.size() ? "," : "");
+  }
+  return out + (items.empty() ? "]" : "\n" + std::string(indent, ' ') + "]");
+}
+
+Progress::Progress(const char *what, std::size_t total)
+    : what_(what), total_(total), terminal_(isatty(STDERR_FILENO) == 1) {}
+
+void Progress::step(std::size_t done, const std::string &name) {
+  if (terminal_) {
+    std::fprintf(stderr, "\rtessera %s: %zu/%zu %s\033[K", what_, done, total_, name.c_str());
+    shown_ = true;
+  }
+}
+
+void Progress::clear() {
+  if (shown_) {
+    std::fputs("\r\033[K", stderr);
+    shown_ = false;
+  }
 }
 
 void Table::print() const {

@@ -137,9 +137,9 @@ int show(const Command &, const Args &args) {
   }
   const bool as_json = args.has("json");
   if (args.positional.size() == 1) {  // the whole file, as a save would write it
-    std::string sections;
+    std::vector<std::string> sections;
     for (uint32_t i = 0; InifileSection *section = inifileGetSection(document.get(), i); ++i) {
-      sections += (i == 0 ? "\n  " : ",\n  ") + section_json(section);
+      sections.push_back(section_json(section));
       if (i > 0 && !as_json) {
         std::putchar('\n');
       }
@@ -149,7 +149,7 @@ int show(const Command &, const Args &args) {
       }
     }
     if (as_json) {
-      std::printf("[%s%s]\n", sections.c_str(), sections.empty() ? "" : "\n");
+      std::printf("%s\n", json_array(sections).c_str());
     }
     return kOk;
   }

@@ -1,6 +1,6 @@
 // tessera: a controller's settings, sessions and files from a shell, through libtessera.so.1.
-// This file finds the subcommand, parses its command line and prints the help; the commands
-// themselves live with their area (properties, sessions, ini, utilities, sim).
+// This file finds the subcommand, parses its command line, prints the help and runs batches; the
+// commands themselves live with their area (properties, backup, sessions, ini, utilities, sim).
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -20,14 +20,22 @@ constexpr Option kHelpOption{"help", 'h', nullptr, "show this help and exit"};
 constexpr const char *kAbout =
     "Works a remote management controller from a shell through libtessera.so.1: settings by\n"
     "legacy path or store key, management sessions, INI files and a few checks. On a\n"
-    "workstation, `tessera sim start` runs a simulated controller to work against.\n";
+    "workstation, `tessera sim start` runs a simulated controller to work against.\n"
+    "\n"
+    "Back up a controller's settings before a firmware update, and put them back after:\n"
+    "  tessera export > settings.json           every setting, in a fixed order\n"
+    "  tessera diff settings.json               what differs on the controller now\n"
+    "  tessera import --dry-run settings.json   what an import would write\n"
+    "  tessera import settings.json             write back each setting that differs\n"
+    "`tessera diff A B` compares two controllers' exports.\n";
 
 constexpr const char *kExitCodes =
     "Exit status:\n"
     "  0  success, or the answer is yes\n"
     "  1  an operation failed: standard error gives the library's status code and what it means\n"
-    "  2  the command line is wrong\n"
-    "  3  the answer is no: a text fails a check, or a section, key, name or session isn't there\n";
+    "  2  the command line is wrong, or a value doesn't fit its setting's type\n"
+    "  3  the answer is no: a text fails a check, a section, key, name or session isn't there,\n"
+    "     or `diff` finds a difference\n";
 
 constexpr const char *kEnvironment =
     "Environment:\n"
@@ -39,20 +47,9 @@ constexpr const char *kEnvironment =
     "                      tessera)\n"
     "  TESSERA_SINK_LEVEL  the highest level of the library's reports shown on standard error\n";
 
-std::vector<Command> all_commands() {
-  std::vector<Command> commands;
-  for (auto area : {property_commands, session_commands, ini_commands, codec_commands,
-                    utility_commands, sim_commands}) {
-    for (auto &command : area()) {
-      commands.push_back(std::move(command));
-    }
-  }
-  return commands;
-}
-
-void print_global_help(std::FILE *out, const std::vector<Command> &commands) {
-  std::fprintf(out, "usage: tessera COMMAND [ARGUMENTS]\n       tessera COMMAND --help\n\n%s\n",
-               kAbout);
+// Lists the commands whose name starts with `group` ("" for all) with their synopses.
+void print_commands(std::FILE *out, const std::vector<Command> &commands,
+                    const std::string &group) {
   std::fputs("Commands:\n", out);
   int width = 0;
   for (const auto &command : commands) {
@@ -61,8 +58,16 @@ void print_global_help(std::FILE *out, const std::vector<Command> &commands) {
   }
   for (const auto &command : commands) {
     const std::string head = std::string(command.name) + " " + command.synopsis;
-    std::fprintf(out, "  %-*s  %s\n", width, head.c_str(), command.summary);
+    if (head.starts_with(group)) {
+      std::fprintf(out, "  %-*s  %s\n", width, head.c_str(), command.summary);
+    }
   }
+}
+
+void print_global_help(std::FILE *out, const std::vector<Command> &commands) {
+  std::fprintf(out, "usage: tessera COMMAND [ARGUMENTS]\n       tessera COMMAND --help\n\n%s\n",
+               kAbout);
+  print_commands(out, commands, "");
   std::fprintf(out,
                "\nOptions:\n  -h, --help     show this help and exit\n"
                "  --version      show the version and exit\n\n%s\n%s",
@@ -86,40 +91,6 @@ void print_command_help(const Command &command) {
     std::printf("  %-22s %s\n", option_head(option).c_str(), option.help);
   }
   std::printf("  %-22s %s\n\n%s", option_head(kHelpOption).c_str(), kHelpOption.help, kExitCodes);
-}
-
-// The command named by the first one or two words of the command line, and how many words.
-const Command *find_command(const std::vector<Command> &commands, int argc, char **argv,
-                            int &words) {
-  const Command *found = nullptr;
-  for (const auto &command : commands) {
-    const std::string name = command.name;
-    const auto space = name.find(' ');
-    if (space == std::string::npos) {
-      if (found == nullptr && name == argv[1]) {
-        found = &command;
-        words = 1;
-      }
-    } else if (argc > 2 && name.substr(0, space) == argv[1] && name.substr(space + 1) == argv[2]) {
-      words = 2;
-      return &command;
-    }
-  }
-  return found;
-}
-
-const Option *find_option(const Command &command, std::string_view name, char letter) {
-  for (const auto &option : command.options) {
-    if ((!name.empty() && name == option.name) || (letter != 0 && letter == option.letter)) {
-      return &option;
-    }
-  }
-  return nullptr;
-}
-
-// An argument that is an option rather than a value: "-x" or "--name", but not "-" or "-1".
-bool is_option(const char *arg) {
-  return arg[0] == '-' && arg[1] != '\0' && (arg[1] < '0' || arg[1] > '9');
 }
 
 int run(const Command &command, int argc, char **argv) {
@@ -174,12 +145,9 @@ int run(const Command &command, int argc, char **argv) {
   return command.run(command, args);
 }
 
-}  // namespace
-}  // namespace tessera_cli
-
-int main(int argc, char **argv) {
-  using namespace tessera_cli;
-  const auto commands = all_commands();
+// Runs the command line `argv` (argv[0] the program); `top` for the process's own, which joins
+// the simulated controller's namespace first.
+int dispatch(const std::vector<Command> &commands, int argc, char **argv, bool top) {
   if (argc < 2) {
     print_global_help(stderr, commands);
     return kUsage;
@@ -202,19 +170,28 @@ int main(int argc, char **argv) {
   int words = 0;
   const Command *command = find_command(commands, argc, argv, words);
   if (command == nullptr) {
+    const std::string prefix = std::string(argv[1]) + " ";
     std::string group;  // "ini" alone: name its subcommands
     for (const auto &c : commands) {
       const std::string name = c.name;
-      if (name.starts_with(std::string(argv[1]) + " ")) {
-        group += (group.empty() ? "" : ", ") + name.substr(name.find(' ') + 1);
+      if (name.starts_with(prefix)) {
+        group += (group.empty() ? "" : ", ") + name.substr(prefix.size());
       }
     }
-    if (!group.empty()) {
-      std::fprintf(stderr, "tessera: %s: expected one of: %s\nTry 'tessera --help'.\n", argv[1],
-                   group.c_str());
-    } else {
+    if (group.empty()) {
       std::fprintf(stderr, "tessera: unknown command '%s'\nTry 'tessera --help'.\n", argv[1]);
+      return kUsage;
     }
+    if (help ||
+        (argc == 3 && (std::strcmp(argv[2], "--help") == 0 || std::strcmp(argv[2], "-h") == 0))) {
+      std::printf("usage: tessera %sCOMMAND [ARGUMENTS]\n       tessera %sCOMMAND --help\n\n",
+                  prefix.c_str(), prefix.c_str());
+      print_commands(stdout, commands, prefix);
+      std::printf("\n%s", kExitCodes);
+      return kOk;
+    }
+    std::fprintf(stderr, "tessera: %s: expected one of: %s\nTry 'tessera %s--help'.\n", argv[1],
+                 group.c_str(), prefix.c_str());
     return kUsage;
   }
   if (help) {
@@ -222,9 +199,144 @@ int main(int argc, char **argv) {
     char *help_argv[] = {help_flag};
     return run(*command, 1, help_argv);
   }
-  if (std::strcmp(command->name, "sim start") != 0) {
+  if (top && std::strcmp(command->name, "sim start") != 0) {
     join_simulation();  // a new simulation starts from outside any old one
   }
-  const int status = run(*command, argc - 1 - words, argv + 1 + words);
+  return run(*command, argc - 1 - words, argv + 1 + words);
+}
+
+// Splits a batch line into words as a shell would, without expansions: blanks part words, quotes
+// ('...', "..." with \" and \\) and backslashes keep blanks, quotes and '#' in a word, and a '#'
+// that begins a word begins a comment. False when a quote isn't closed.
+bool split_line(const std::string &line, std::vector<std::string> &words) {
+  std::string word;
+  bool in_word = false;
+  char quote = 0;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    const bool escapable =
+        i + 1 < line.size() && (quote == 0 || line[i + 1] == '"' || line[i + 1] == '\\');
+    if (quote != 0 && c == quote) {
+      quote = 0;
+    } else if (c == '\\' && quote != '\'' && escapable) {
+      word += line[++i];
+      in_word = true;
+    } else if (quote != 0) {
+      word += c;
+    } else if (c == ' ' || c == '\t' || c == '\r') {
+      if (in_word) {
+        words.push_back(word);
+      }
+      word.clear();
+      in_word = false;
+    } else if (c == '#' && !in_word) {
+      break;
+    } else {
+      quote = c == '\'' || c == '"' ? c : 0;
+      word += quote == 0 ? std::string(1, c) : "";
+      in_word = true;
+    }
+  }
+  if (in_word) {
+    words.push_back(word);
+  }
+  return quote == 0;
+}
+
+int batch(const Command &, const Args &args) {
+  const std::string path = args.positional.empty() ? "-" : args.positional[0];
+  std::FILE *file = path == "-" ? stdin : std::fopen(path.c_str(), "r");
+  if (file == nullptr) {
+    return fail(path, std::strerror(errno));
+  }
+  const std::string where = path == "-" ? "standard input" : path;
+  const bool keep_going = args.has("keep-going");
+  const auto commands = all_commands();
+  int exit = kOk;
+  char *line = nullptr;
+  std::size_t size = 0;
+  ssize_t length = 0;
+  for (int number = 1; (length = getline(&line, &size, file)) >= 0; ++number) {
+    const std::string at = where + ":" + std::to_string(number);
+    std::vector<std::string> words;
+    int status = kOk;
+    if (!split_line(std::string(line, length - (length > 0 && line[length - 1] == '\n')), words)) {
+      std::fprintf(stderr, "tessera: %s: a quote isn't closed\n", at.c_str());
+      status = kUsage;
+    } else if (!words.empty() && words[0] == "tessera") {
+      words.erase(words.begin());  // the program's name is allowed, and not needed
+    }
+    if (status == kOk && !words.empty() &&
+        (words[0] == "batch" || (words[0] == "sim" && words.size() > 1 && words[1] == "shell"))) {
+      std::fprintf(stderr, "tessera: %s: '%s' can't run in a batch\n", at.c_str(),
+                   words[0] == "batch" ? "batch" : "sim shell");
+      status = kUsage;
+    } else if (status == kOk && !words.empty()) {
+      words.insert(words.begin(), "tessera");
+      std::vector<char *> argv;
+      for (auto &word : words) {
+        argv.push_back(word.data());
+      }
+      argv.push_back(nullptr);
+      status = dispatch(commands, static_cast<int>(words.size()), argv.data(), false);
+      std::fflush(stdout);
+    }
+    if (status != kOk) {
+      exit = exit == kOk ? status : exit;
+      std::fprintf(stderr, "tessera: %s: exit status %d%s\n", at.c_str(), status,
+                   keep_going ? "" : "; the lines after it are not run");
+      if (!keep_going) {
+        break;
+      }
+    }
+  }
+  std::free(line);
+  if (file != stdin) {
+    std::fclose(file);
+  }
+  return exit;
+}
+
+std::vector<Command> batch_commands() {
+  return {
+      {"batch",
+       "[OPTIONS] [FILE]",
+       "run tessera commands from a file, one a line",
+       "Runs the commands of FILE, or of standard input without FILE or with -, one a line\n"
+       "and in one process: each line is a command line as after `tessera` (which may\n"
+       "stand in front), with words parted by blanks and held together by '...', \"...\"\n"
+       "and backslashes as in a shell, but nothing expanded. A '#' that begins a word\n"
+       "begins a comment; blank lines are skipped. It stops at the first command that\n"
+       "doesn't exit with 0, naming its line, unless --keep-going. The exit status is that\n"
+       "of the first command that didn't succeed, or 0.\n",
+       {{"keep-going", 'k', nullptr, "run the lines after a failing one too"}},
+       0,
+       1,
+       batch},
+  };
+}
+
+}  // namespace
+
+std::vector<Command> all_commands() {
+  std::vector<Command> commands;
+  for (auto area : {property_commands, backup_commands, session_commands, ini_commands,
+                    codec_commands, utility_commands, batch_commands, sim_commands}) {
+    for (auto &command : area()) {
+      commands.push_back(std::move(command));
+    }
+  }
+  return commands;
+}
+
+}  // namespace tessera_cli
+
+int main(int argc, char **argv) {
+  using namespace tessera_cli;
+  const auto commands = all_commands();
+  if (argc > 1 && std::strcmp(argv[1], "__complete") == 0) {
+    return complete(commands, argc - 2, argv + 2);
+  }
+  const int status = dispatch(commands, argc, argv, true);
   return std::fflush(stdout) == 0 ? status : fail("standard output", std::strerror(errno));
 }

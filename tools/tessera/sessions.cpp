@@ -113,7 +113,7 @@ int list(const Command &command, const Args &args) {
   }
   const bool as_json = args.has("json");
   Table table({"ID", "TYPE", "USER", "ADDRESS", "PRIVILEGE", "CHILDREN"});
-  std::string rows;
+  std::vector<std::string> rows;
   for (uint32_t i = 0; i < count; ++i) {
     Session s;
     if (read_session(ids[i], s) != 0) {
@@ -125,10 +125,10 @@ int list(const Command &command, const Args &args) {
     }
     table.add({std::to_string(s.id), s.label(), s.user[0] != '\0' ? s.user : "-", s.where(),
                std::to_string(s.privilege), children.empty() ? "-" : children});
-    rows += (rows.empty() ? "\n  " : ",\n  ") + to_json(s);
+    rows.push_back(to_json(s));
   }
   if (as_json) {
-    std::printf("[%s%s]\n", rows.c_str(), rows.empty() ? "" : "\n");
+    std::printf("%s\n", json_array(rows).c_str());
   } else {
     table.print();
   }

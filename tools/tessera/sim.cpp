@@ -1,18 +1,11 @@
 // The simulated controller of a workstation: the kit's mapping and session daemons serving the
-// controller's socket paths, and a store seeded like a controller in use. When the user can't
-// write /var/run/tolvex, the daemons run in a private user and mount namespace of their own,
-// and every later `tessera` command joins it by itself.
-//
-// Seeding uses the kit store's administration interface (tessera_store.h): the one place where
-// this program goes past libtessera.so.1's public headers, since a real controller is seeded by
-// its own firmware, not by a library call.
-#include <dirent.h>
+// controller's socket paths, and a store seeded like a controller in use. This file starts,
+// watches and stops the daemons and holds the `sim` commands; sim_ns.cpp makes and joins the
+// private namespace they run in when the user can't write /var/run/tolvex, and sim_seed.cpp
+// fills the store.
 #include <fcntl.h>
-#include <sched.h>
 #include <signal.h>
-#include <sys/mount.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -28,33 +21,22 @@
 #include <string>
 #include <thread>
 
-#include <tessera/orb_cfg.h>
 #include <tessera/session.h>
 
-#include "cli.h"
+#include "sim.h"
 
-#ifdef TESSERA_CLI_SIM
-#include "tessera_store.h"
-#endif
-
-namespace tessera_cli {
+namespace tessera_cli::sim {
 namespace {
 
-using namespace std::chrono_literals;
+std::string pid_file(const Daemon &daemon) {
+  return sim_dir() + "/" + daemon.program + ".pid";
+}
+std::string log_file(const Daemon &daemon) {
+  return sim_dir() + "/" + daemon.program + ".log";
+}
 
-struct Daemon {
-  const char *program;
-  const char *socket;
-};
-constexpr Daemon kDaemons[] = {
-    {"tessera-mappingd", "/var/run/tolvex/dmmappingSocket"},
-    {"tessera-sessiond", "/var/run/tolvex/ipmiextdSocket"},
-};
-constexpr auto kStartTime = 10s;
-constexpr auto kStopTime = 5s;
+}  // namespace
 
-// Where the pid files, logs and the namespace mark live; fixed before the namespace is joined,
-// where the user id reads differently.
 const std::string &sim_dir() {
   static const std::string dir = [] {
     const char *set = std::getenv("TESSERA_SIM_DIR");
@@ -72,12 +54,6 @@ const std::string &sim_dir() {
   return dir;
 }
 
-std::string pid_file(const Daemon &daemon) {
-  return sim_dir() + "/" + daemon.program + ".pid";
-}
-std::string log_file(const Daemon &daemon) {
-  return sim_dir() + "/" + daemon.program + ".log";
-}
 std::string namespace_mark() {
   return sim_dir() + "/namespace";
 }
@@ -86,7 +62,6 @@ bool exists(const std::string &path) {
   return access(path.c_str(), F_OK) == 0;
 }
 
-// The daemon's process id when it runs (not a zombie, and the program is the daemon), else 0.
 pid_t running_pid(const Daemon &daemon) {
   pid_t pid = 0;
   std::ifstream(pid_file(daemon)) >> pid;
@@ -104,6 +79,13 @@ pid_t running_pid(const Daemon &daemon) {
   return argv0.ends_with(daemon.program) ? pid : 0;
 }
 
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kStartTime = 10s;
+constexpr auto kStopTime = 5s;
+
 // True when something accepts connections on the socket.
 bool answers(const char *path) {
   const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -116,118 +98,6 @@ bool answers(const char *path) {
     close(fd);
   }
   return ok;
-}
-
-bool same_namespace(pid_t pid, const char *kind) {
-  struct stat mine {};
-  struct stat theirs {};
-  return stat((std::string("/proc/self/ns/") + kind).c_str(), &mine) == 0 &&
-         stat(("/proc/" + std::to_string(pid) + "/ns/" + kind).c_str(), &theirs) == 0 &&
-         mine.st_ino == theirs.st_ino && mine.st_dev == theirs.st_dev;
-}
-
-// The namespace's entry point: a running daemon, when the simulation runs in a namespace.
-pid_t namespace_pid() {
-  if (!exists(namespace_mark())) {
-    return 0;
-  }
-  for (const auto &daemon : kDaemons) {
-    if (const pid_t pid = running_pid(daemon); pid != 0) {
-      return pid;
-    }
-  }
-  return 0;
-}
-
-bool write_file(const std::string &path, const std::string &text) {
-  const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-  const bool ok =
-      fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
-  if (fd >= 0) {
-    close(fd);
-  }
-  return ok;
-}
-
-// Lays a tmpfs over `run` that shows what `run` held (each entry bound back in place) and an
-// empty tolvex directory: the one way to add a directory to a place the user can't write.
-bool cover_run(const std::string &run) {
-  const int old = open(run.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (old < 0 || mount("tessera-sim", run.c_str(), "tmpfs", 0, "mode=0755") != 0) {
-    return false;
-  }
-  const std::string from = "/proc/self/fd/" + std::to_string(old) + "/";
-  DIR *entries = fdopendir(dup(old));
-  while (dirent *entry = entries != nullptr ? readdir(entries) : nullptr) {
-    const std::string name = entry->d_name;
-    if (name == "." || name == "..") {
-      continue;
-    }
-    const std::string source = from + name;
-    const std::string target = run + "/" + name;
-    struct stat info {};
-    if (fstatat(old, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
-      continue;
-    }
-    if (S_ISLNK(info.st_mode)) {
-      char link[PATH_MAX];
-      const ssize_t size = readlinkat(old, name.c_str(), link, sizeof link - 1);
-      if (size > 0) {
-        link[size] = '\0';
-        (void)symlink(link, target.c_str());
-      }
-      continue;
-    }
-    const bool made = S_ISDIR(info.st_mode)
-                          ? mkdir(target.c_str(), 0755) == 0
-                          : close(open(target.c_str(), O_CREAT | O_WRONLY, 0644)) == 0;
-    if (made) {
-      (void)mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr);
-    }
-  }
-  if (entries != nullptr) {
-    closedir(entries);
-  }
-  close(old);
-  return mkdir((run + "/tolvex").c_str(), 0755) == 0;
-}
-
-// Moves the calling process into a new user and mount namespace, as root inside, with an empty
-// tmpfs of its own at /var/run/tolvex. Returns an empty text, or what went wrong.
-std::string enter_new_namespace() {
-  const uid_t uid = geteuid();
-  const gid_t gid = getegid();
-  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
-    return std::string("can't make a private namespace (") + std::strerror(errno) +
-           "): allow unprivileged user namespaces, or run as a user who can write /var/run/tolvex";
-  }
-  (void)write_file("/proc/self/setgroups", "deny");
-  if (!write_file("/proc/self/uid_map", "0 " + std::to_string(uid) + " 1") ||
-      !write_file("/proc/self/gid_map", "0 " + std::to_string(gid) + " 1") ||
-      mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-    return std::string("can't set up the private namespace: ") + std::strerror(errno);
-  }
-  char run[PATH_MAX];
-  if (realpath("/var/run", run) == nullptr) {
-    return std::string("/var/run: ") + std::strerror(errno);
-  }
-  const std::string tolvex = std::string(run) + "/tolvex";
-  const bool covered = exists(tolvex)
-                           ? mount("tessera-sim", tolvex.c_str(), "tmpfs", 0, "mode=0755") == 0
-                           : cover_run(run);
-  if (!covered) {
-    return "can't mount a private " + tolvex + ": " + std::strerror(errno);
-  }
-  return exists(sim_dir()) ? "" : "the namespace hides " + sim_dir() + ": set TESSERA_SIM_DIR";
-}
-
-bool can_write_tolvex() {
-  char run[PATH_MAX];
-  if (realpath("/var/run", run) == nullptr) {
-    return false;
-  }
-  const std::string tolvex = std::string(run) + "/tolvex";
-  return access(exists(tolvex) ? tolvex.c_str() : run, W_OK) == 0;
 }
 
 // The daemon program: from $TESSERA_DAEMON_DIR, beside this program, or in the build tree.
@@ -303,16 +173,6 @@ std::string find_program(const char *program) {
   kill(children[0], SIGTERM);
   kill(children[1], SIGTERM);
   _exit(kFailed);
-}
-
-std::string store_path() {
-#ifdef TESSERA_CLI_SIM
-  char path[PATH_MAX];
-  if (tessera_store_path(path, sizeof path) == TESSERA_STORE_OK) {
-    return path;
-  }
-#endif
-  return "unavailable";
 }
 
 void print_reach(pid_t pid, const char *why) {
@@ -449,162 +309,13 @@ int shell(const Command &, const Args &args) {
   return fail(words[0], std::strerror(errno));
 }
 
-#ifdef TESSERA_CLI_SIM
-
-// A sample controller: a lab machine with two users logged in on the web with a virtual console
-// and virtual media, an SSH and a serial-over-LAN session, a local tool, a Redfish client.
-constexpr tessera_store_session kSessions[] = {
-    {1, 0, 0, "webgui", "admin", "192.168.10.21"},
-    {2, 1, 0, "vKVM", "admin", "192.168.10.21"},
-    {3, 1, 0, "vMedia", "admin", "192.168.10.21"},
-    {4, 0, 0, "SSH", "operator", "10.20.0.7"},
-    {5, 0, 0, "SOL", "operator", "10.20.0.7"},
-    {6, 0, 0, "tolvex", "root", "localhost"},
-    {7, 0, 0, "redfish", "monitor", "fe80::7a2b:cbff:fe12:3456"},
-    {8, 0, 0, "Serial", "admin", ""},
-};
-
-struct User {
-  const char *name;
-  uint32_t privilege;
-};
-constexpr User kUsers[] = {{"root", 4}, {"admin", 4}, {"operator", 3}, {"monitor", 2}};
-
-struct Sensor {
-  uint8_t index;
-  char kind;  // 'd' and 'e': power supplies; 't': their redundancy
-  const char *name;
-};
-constexpr Sensor kSensors[] = {{1, 'd', "PS1 Status"},
-                               {2, 'e', "PS2 Status"},
-                               {3, 't', "PS Redundancy"},
-                               {10, 'a', "Inlet Temp"},
-                               {11, 'f', "Fan1 RPM"}};
-
-struct Setting {
-  const char *name;
-  const char *value;
-};
-// Written through the library like any tool writes them; the network ones become change
-// requests that the store applies to its network record.
-constexpr Setting kSettings[] = {
-    {"WEBSERVER/maxsessions", "4"},
-    {"SSH/maxsessions", "4"},
-    {"SNMP/enable", "1"},
-    {"SMTP/ipaddr", "10.20.0.25"},
-    {"EMAIL_ALERT/enable1", "1"},
-    {"EMAIL_ALERT/addr1", "ops@lab.example.net"},
-    {"DNS/mir_name", "mirel-lab-01"},
-    {"DNS/domain_name", "lab.example.net"},
-    {"DNS/register_mir", "1"},
-    {"DNS/dhcp_enable", "0"},
-    {"DNS/use_dhcp_domain", "0"},
-    {"DNS/server1", "10.20.0.53"},
-    {"DNS/server2", "10.20.0.54"},
-    {"NETWORK/NIC/enable", "1"},
-    {"NETWORK/IPV4/enable", "1"},
-    {"NETWORK/NIC/selection", "1"},
-    {"NETWORK/NIC/auto_neg", "1"},
-    {"NETWORK/NIC/fullduplex", "1"},
-    {"NETWORK/NIC/mtu", "1500"},
-    {"IPV6/enable", "1"},
-    {"IPV6/address", "2001:db8:10::21"},
-    {"IPV6/gateway", "2001:db8:10::1"},
-    {"IPV6/prefix_length", "64"},
-    {"IPV6/dhcp_enable", "0"},
-    {"IPV6/DNSServer1", "2001:db8:10::53"},
-    {"IPV6/link_local_address", "fe80::7a2b:cbff:fe12:3456"},
-};
-
-// The properties the mapping daemon owns: the firmware's own values and the controller's name.
-constexpr Setting kMapped[] = {
-    {"MIR/FIRMWARE/version", "2.10"}, {"MIR/FIRMWARE/minor", "10"},
-    {"MIR/FIRMWARE/build_num", "17"}, {"MIR/FIRMWARE/last_update", "1716940800"},
-    {"MIR/name", "mirel-lab-01"},
-};
-constexpr Setting kDcsgen[] = {{"chassis_model", "Stratum R40"}, {"service_tag", "7QX2K42"}};
-
-// Flags the store keeps for the controller's add-in card.
-constexpr const char *kFlags[] = {"tarnstatus_bool_tarn_present",
-                                  "tarnstatus_bool_tarn_sd_present"};
-
-int seed(const Command &, const Args &) {
-  const std::string where = "sim seed: " + store_path();
-  if (tessera_store_check() != TESSERA_STORE_OK || tessera_store_begin() != TESSERA_STORE_OK) {
-    return fail(where, "the store can't be used");
-  }
-  bool ok = tessera_store_reset() == TESSERA_STORE_OK;
-  Cfgmgr_Restore_Defaults();  // the rows with a legacy path; then those with a store key alone
-  for (const auto &row : catalogue_rows()) {
-    if (row.legacy_path[0] == '\0' && row.type != PROP_TYPE_CONFIG_CHANGED) {
-      ok = ok && Cfgmgr_Set_Property_ori(row.store_key, row.default_value) == 0;
-    }
-  }
-  for (const auto &setting : kSettings) {
-    if (const int32_t status = Cfgmgr_Set_Property_ori(setting.name, setting.value); status != 0) {
-      tessera_store_rollback();
-      return fail_status(where + ": " + setting.name, status, "the store refused the value");
-    }
-  }
-  for (const char *flag : kFlags) {
-    ok = ok && tessera_store_set_value(flag, TESSERA_STORE_BOOL, "1") == TESSERA_STORE_OK;
-  }
-  for (const auto &mapped : kMapped) {
-    ok = ok && tessera_store_map_property(TESSERA_STORE_MAPPED, mapped.name, mapped.value) ==
-                   TESSERA_STORE_OK;
-  }
-  for (const auto &mapped : kDcsgen) {
-    ok = ok && tessera_store_map_property(TESSERA_STORE_DCSGEN, mapped.name, mapped.value) ==
-                   TESSERA_STORE_OK;
-  }
-  for (const auto &user : kUsers) {
-    ok = ok && tessera_store_set_user(user.name, user.privilege) == TESSERA_STORE_OK;
-  }
-  for (const auto &session : kSessions) {
-    ok = ok && tessera_store_add_session(&session) == TESSERA_STORE_OK;
-  }
-  for (const auto &sensor : kSensors) {
-    ok = ok && tessera_store_add_sensor(sensor.index, sensor.kind, sensor.name) == TESSERA_STORE_OK;
-  }
-  ok = ok && init_power_supply() != 0;  // notes the power supplies among the sensors
-  if (!ok || tessera_store_commit() != TESSERA_STORE_OK) {
-    tessera_store_rollback();
-    return fail(where, "the store refused the sample controller");
-  }
-  std::printf(
-      "Seeded %s: the catalogue's defaults, %zu settings with the network record, %zu "
-      "mapping daemon properties, %zu users, %zu sessions, %zu sensors.\n",
-      store_path().c_str(), std::size(kSettings), std::size(kMapped) + std::size(kDcsgen),
-      std::size(kUsers), std::size(kSessions), std::size(kSensors));
-  return kOk;
-}
-
-#endif
-
 }  // namespace
+}  // namespace tessera_cli::sim
 
-void join_simulation() {
-  const pid_t pid = namespace_pid();
-  if (pid == 0 || (same_namespace(pid, "user") && same_namespace(pid, "mnt"))) {
-    return;
-  }
-  char cwd[PATH_MAX];
-  const bool has_cwd = getcwd(cwd, sizeof cwd) != nullptr;
-  const int user =
-      open(("/proc/" + std::to_string(pid) + "/ns/user").c_str(), O_RDONLY | O_CLOEXEC);
-  const int mnt = open(("/proc/" + std::to_string(pid) + "/ns/mnt").c_str(), O_RDONLY | O_CLOEXEC);
-  if (user >= 0 && mnt >= 0 && (same_namespace(pid, "user") || setns(user, CLONE_NEWUSER) == 0) &&
-      setns(mnt, CLONE_NEWNS) == 0 && has_cwd) {
-    (void)chdir(cwd);  // joining a mount namespace moves to its root
-  }
-  for (const int fd : {user, mnt}) {
-    if (fd >= 0) {
-      close(fd);
-    }
-  }
-}
+namespace tessera_cli {
 
 std::vector<Command> sim_commands() {
+  using namespace sim;
   std::vector<Command> commands = {
       {"sim start",
        "[OPTIONS]",
@@ -649,21 +360,9 @@ std::vector<Command> sim_commands() {
        shell,
        true},
   };
-#ifdef TESSERA_CLI_SIM
-  commands.push_back(
-      {"sim seed",
-       "",
-       "fill the store with a sample controller",
-       "Empties the store and fills it like a controller in use: every catalogue default, a\n"
-       "few settings, the network record (DNS, NIC, IPv6), the mapping daemon's own\n"
-       "properties (MIR/FIRMWARE/*, MIR/name, two DCSGEN ones), users with privileges, eight\n"
-       "sessions of six types with virtual console and media children, and sensors with two\n"
-       "power supplies. Works with the daemons running or not.\n",
-       {},
-       0,
-       0,
-       seed});
-#endif
+  for (auto &command : seed_commands()) {
+    commands.push_back(std::move(command));
+  }
   return commands;
 }
 
