@@ -66,6 +66,13 @@ int export_settings(const Command &command, const Args &args) {
   return exit;
 }
 
+// The session counters are the controller's live state, not settings: an old backup's counts
+// must not be written over the current ones.
+bool restorable(const std::string &name) {
+  constexpr std::string_view kCounter = "_session_count";
+  return writable(name) && !std::string_view(name).ends_with(kCounter);
+}
+
 int import_settings(const Command &, const Args &args) {
   const auto &path = args.positional[0];
   std::vector<Entry> entries;
@@ -77,8 +84,8 @@ int import_settings(const Command &, const Args &args) {
   std::size_t done = 0;
   for (const auto &entry : entries) {
     progress.step(++done, entry.name);
-    if (!entry.error.empty() || !writable(entry.name)) {
-      continue;  // nothing to put back, or nothing the library writes
+    if (!entry.error.empty() || !restorable(entry.name)) {
+      continue;  // nothing to put back, or nothing an import writes
     }
     const Entry live = read_entry(entry.name);
     if (same(&live, &entry)) {
@@ -168,7 +175,8 @@ std::vector<Command> backup_commands() {
        "value differs from the controller's, through the same path and checks as `set`,\n"
        "printing NAME: \"OLD\" -> \"NEW\" for each. Settings marked unreadable in the export,\n"
        "and those the library never writes (the firmware values, the extended IPv6\n"
-       "addresses IPV6/extaddrN and their prefixes), are left alone. A write that fails is\n"
+       "addresses IPV6/extaddrN and their prefixes) or that are live state (the session\n"
+       "counters *_session_count), are left alone. A write that fails is\n"
        "reported and the others still made; the exit status is then 1. While standard\n"
        "error is a terminal it shows the progress.\n",
        {{"dry-run", 'n', nullptr, "print what would change and write nothing"},

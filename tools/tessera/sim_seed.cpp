@@ -5,7 +5,9 @@
 // its own firmware, not by a library call.
 #include <climits>
 #include <cstdio>
+#include <set>
 #include <string>
+#include <string_view>
 
 #include <tessera/orb_cfg.h>
 
@@ -113,9 +115,18 @@ int seed(const Command &, const Args &) {
     return fail(where, "the store can't be used");
   }
   bool ok = tessera_store_reset() == TESSERA_STORE_OK;
-  Cfgmgr_Restore_Defaults();  // the rows with a legacy path; then those with a store key alone
+  // The rows with a legacy path; then those with a store key alone, but for a key that a row
+  // with a legacy path shares, whose default (SNMP's community name, say) comes first.
+  Cfgmgr_Restore_Defaults();
+  std::set<std::string_view> restored;
   for (const auto &row : catalogue_rows()) {
-    if (row.legacy_path[0] == '\0' && row.type != PROP_TYPE_CONFIG_CHANGED) {
+    if (row.legacy_path[0] != '\0') {
+      restored.insert(row.store_key);
+    }
+  }
+  for (const auto &row : catalogue_rows()) {
+    if (row.legacy_path[0] == '\0' && row.type != PROP_TYPE_CONFIG_CHANGED &&
+        !restored.contains(row.store_key)) {
       ok = ok && Cfgmgr_Set_Property_ori(row.store_key, row.default_value) == 0;
     }
   }
