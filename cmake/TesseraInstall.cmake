@@ -46,3 +46,8 @@ install(FILES
   "${CMAKE_CURRENT_BINARY_DIR}/tesseraConfig.cmake"
   "${CMAKE_CURRENT_BINARY_DIR}/tesseraConfigVersion.cmake"
   DESTINATION ${TESSERA_CMAKE_DIR} COMPONENT devel)
+
+# Example tools, with a CMake project and a Makefile that build them against the installed library.
+install(FILES examples/read_setting.c examples/list_sessions.c examples/edit_ini.c
+  examples/CMakeLists.txt examples/Makefile
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT devel)

@@ -13,7 +13,7 @@ namespace {
 // The daemon's status for a property that it doesn't serve.
 inline constexpr int32_t kNotServed = 4;
 // The buffer of is_same_value, as the library's own callers read.
-inline constexpr unsigned int kCompareSize = 1025;
+inline constexpr unsigned int kCompareSize = TESSERA_PROPERTY_VALUE_SIZE;
 
 }  // namespace
 }  // namespace tessera::orb_cfg

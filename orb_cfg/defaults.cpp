@@ -83,7 +83,7 @@ namespace tessera::orb_cfg {
 namespace {
 
 // set_tolvex_default reads into this many bytes and takes one less as the length.
-inline constexpr unsigned int kReadSize = 1025;
+inline constexpr unsigned int kReadSize = TESSERA_PROPERTY_VALUE_SIZE;
 
 // The catalogue default of a name of the list: by legacy path or by store key.
 const char *default_of(const char *name) {

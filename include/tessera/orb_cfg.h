@@ -41,10 +41,14 @@ TESSERA_API extern const SpecialProp special_prop_table[];
 /* Size of the network record that "netGetCurrentIfConfig" and "netSetNetConfig" carry. */
 #define TESSERA_NETWORK_RECORD_SIZE 4768
 
-/* Reads a property by legacy path or store key, without the mapping daemon, into `out` (at
- * least 1025 bytes for store values, 255 for network ones), then cuts it to `len` - 1
- * characters. Empties `out` first. Returns 0, 1 (network record unavailable) or 2 (bad
- * argument, store read failed, type not readable). */
+/* Bytes that `out` of the property reads must hold, whatever `len` says: a value from the store
+ * (up to 1024 characters and the terminator) is written whole before it is cut to `len` - 1. */
+#define TESSERA_PROPERTY_VALUE_SIZE 1025
+
+/* Reads a property by legacy path or store key, without the mapping daemon, into `out`
+ * (TESSERA_PROPERTY_VALUE_SIZE bytes), then cuts it to `len` - 1 characters. Empties `out`
+ * first. Returns 0, 1 (network record unavailable) or 2 (bad argument, store read failed, type
+ * not readable). */
 TESSERA_API int32_t Cfgmgr_Get_Property_ori(const char *name, char *out, unsigned int len);
 
 /* As Cfgmgr_Get_Property_ori, but leaves `out` as given when nothing is read (firmware
@@ -58,7 +62,8 @@ TESSERA_API int32_t Cfgmgr_Set_Property_ori(const char *name, const char *value)
 /* Same as Cfgmgr_Set_Property_ori. */
 TESSERA_API int32_t Cfgmgr_Ext_Set_Property(const char *name, const char *value);
 
-/* Reads a property from the store, by its catalogue type, into `out` (at least 1025 bytes).
+/* Reads a property from the store, by its catalogue type, into `out` (TESSERA_PROPERTY_VALUE_SIZE
+ * bytes).
  * Returns 0, or 2 when the store read fails or the type can't be read. */
 TESSERA_API int32_t ORBGetPropertyValue(const char *name, char *out);
 
@@ -108,8 +113,8 @@ TESSERA_API int32_t DM_DCSGEN_Get_Property(const char *name, char *out, unsigned
 TESSERA_API int32_t DM_DCSGEN_Set_Property(const char *name, const char *value);
 
 /* Reads a property by legacy path or store key: from the mapping daemon, or, when the daemon
- * doesn't serve it, as Cfgmgr_Get_Property_ori does (then `out` needs room for the stored value,
- * 1025 bytes). Delivers at most `len` - 1 characters. Returns 0; 1 (daemon unreachable or
+ * doesn't serve it, as Cfgmgr_Get_Property_ori does: `out` holds TESSERA_PROPERTY_VALUE_SIZE
+ * bytes. Delivers at most `len` - 1 characters. Returns 0; 1 (daemon unreachable or
  * refused, network record unavailable); 2 (bad argument, store read failed, not readable). */
 TESSERA_API int32_t Cfgmgr_Get_Property(const char *name, char *out, unsigned int len);
 

@@ -62,7 +62,9 @@ bool cover_run(const std::string &run) {
       const ssize_t size = readlinkat(old, name.c_str(), link, sizeof link - 1);
       if (size > 0) {
         link[size] = '\0';
-        (void)symlink(link, target.c_str());
+        if (symlink(link, target.c_str()) != 0) {
+          continue;  // a link that can't be copied is left out, like an unreadable entry
+        }
       }
       continue;
     }
@@ -147,7 +149,10 @@ void join_simulation() {
   const int mnt = open(("/proc/" + std::to_string(pid) + "/ns/mnt").c_str(), O_RDONLY | O_CLOEXEC);
   if (user >= 0 && mnt >= 0 && (same_namespace(pid, "user") || setns(user, CLONE_NEWUSER) == 0) &&
       setns(mnt, CLONE_NEWNS) == 0 && has_cwd) {
-    (void)chdir(cwd);  // joining a mount namespace moves to its root
+    // Joining a mount namespace moves to its root; back to where we were.
+    if (chdir(cwd) != 0) {
+      // Left at the root: relative paths then fail, and say so themselves.
+    }
   }
   for (const int fd : {user, mnt}) {
     if (fd >= 0) {
