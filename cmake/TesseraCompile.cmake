@@ -1,7 +1,7 @@
 # Compiler and linker settings shared by every target of the project.
 
 set(TESSERA_WARNINGS
-  -Wall -Wextra -Wpedantic -Werror
+  -Wall -Wextra -Wpedantic $<$<BOOL:${TESSERA_WERROR}>:-Werror>
   -Wshadow -Wformat=2 -Wundef -Wcast-align -Wvla -Wmissing-declarations
   # Designated initializers name only the fields they set; the rest are value-initialized.
   -Wno-missing-field-initializers)

@@ -174,11 +174,10 @@ std::vector<Command> backup_commands() {
        "Reads an export (JSON or INI; - for standard input) and writes each setting whose\n"
        "value differs from the controller's, through the same path and checks as `set`,\n"
        "printing NAME: \"OLD\" -> \"NEW\" for each. Settings marked unreadable in the export,\n"
-       "and those the library never writes (the firmware values, the extended IPv6\n"
-       "addresses IPV6/extaddrN and their prefixes) or that are live state (the session\n"
-       "counters *_session_count), are left alone. A write that fails is\n"
-       "reported and the others still made; the exit status is then 1. While standard\n"
-       "error is a terminal it shows the progress.\n",
+       "those the library never writes (the firmware values, the extended IPv6 addresses\n"
+       "IPV6/extaddrN and their prefixes) and the live session counters (*_session_count)\n"
+       "are left alone. A write that fails is reported and the others still made; the\n"
+       "exit status is then 1. While standard error is a terminal it shows the progress.\n",
        {{"dry-run", 'n', nullptr, "print what would change and write nothing"},
         {"raw", 'r', nullptr, "write the values without checking them against their types"}},
        1,
