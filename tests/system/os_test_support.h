@@ -13,6 +13,10 @@
 
 #include "scratch.h"
 
+#ifdef TESSERA_COVERAGE
+extern "C" int __llvm_profile_write_file(void);
+#endif
+
 namespace tessera::test {
 
 // While it lives, what is written to `fd` (1 or 2) lands in a scratch file; text() reads it.
@@ -82,6 +86,9 @@ inline std::string in_child(const std::function<std::string()> &body) {
     ::close(channel[0]);
     const std::string problems = body();
     static_cast<void>(!::write(channel[1], problems.data(), problems.size()));
+#ifdef TESSERA_COVERAGE
+    static_cast<void>(__llvm_profile_write_file());  // _exit skips the handler that would
+#endif
     ::_exit(0);
   }
   ::close(channel[1]);
