@@ -25,6 +25,22 @@ add_custom_target(tessera_threads_tests)
 set(TESSERA_NS_RUN "${PROJECT_SOURCE_DIR}/tools/ns-run")
 set(TESSERA_TEST_RESULTS "${CMAKE_BINARY_DIR}/test-results")
 
+# Memcheck: every test program and fuzz replay runs under valgrind and fails on any memory error
+# or block definitely lost. Only the program itself is checked: the kit's daemons, the tessera
+# command and the shells that a test starts run natively. The tests that ran so get the label
+# memcheck. Nothing is suppressed.
+option(TESSERA_MEMCHECK "Run the test programs under valgrind's memcheck" OFF)
+set(TESSERA_TEST_LAUNCHER ${CMAKE_CROSSCOMPILING_EMULATOR})
+if(TESSERA_MEMCHECK)
+  if(TESSERA_SANITIZE OR TESSERA_COVERAGE OR CMAKE_CROSSCOMPILING)
+    message(FATAL_ERROR "TESSERA_MEMCHECK wants a native build without sanitizers or coverage")
+  endif()
+  find_program(TESSERA_VALGRIND valgrind REQUIRED)
+  set(TESSERA_TEST_LAUNCHER "${TESSERA_VALGRIND}" --tool=memcheck --error-exitcode=99
+    --leak-check=full --show-leak-kinds=definite --errors-for-leak-kinds=definite
+    --child-silent-after-fork=yes --num-callers=30 --quiet)
+endif()
+
 # Warnings of test code: those of the library, less GCC 12's false -Wrestrict reports on
 # std::string concatenation at -O3 (GCC bug 105651).
 function(tessera_test_warnings target)
@@ -50,14 +66,16 @@ function(tessera_add_test name)
   endif()
   target_link_libraries(${name} PRIVATE tessera_testkit tessera_test_main
     GTest::gmock GTest::gtest Threads::Threads ${T_LIBRARIES})
+  set(_launcher ${TESSERA_TEST_LAUNCHER})
   if(T_PRIVATE_NS)
-    add_test(NAME ${name}
-      COMMAND ${TESSERA_NS_RUN} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
-  else()
-    add_test(NAME ${name} COMMAND ${name})
+    list(PREPEND _launcher ${TESSERA_NS_RUN})
   endif()
+  add_test(NAME ${name} COMMAND ${_launcher} $<TARGET_FILE:${name}>)
   if("threads" IN_LIST T_LABELS)
     add_dependencies(tessera_threads_tests ${name})
+  endif()
+  if(TESSERA_MEMCHECK)
+    list(APPEND T_LABELS memcheck)
   endif()
   set_tests_properties(${name} PROPERTIES
     LABELS "${T_LABELS}"

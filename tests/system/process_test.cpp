@@ -235,7 +235,7 @@ TEST_F(NamedChildren, ProcessRunningSearchesTheListingText) {
       return std::string("skip: ") + std::strerror(errno);
     }
     return in_child([&]() -> std::string {  // process 1 of the namespace
-      if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+      if (mount(nullptr, "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0 ||
           mount("proc", "/proc", "proc", 0, nullptr) != 0) {
         return std::string("mounting /proc: ") + std::strerror(errno);
       }

@@ -71,6 +71,14 @@ std::string json(std::string_view text) {
   return quote(text, "u00");
 }
 
+std::string entry_json(const Entry &entry, const std::string &more_fields) {
+  return "{\"name\": " + json(entry.name) +
+         (entry.type.empty() ? "" : ", \"type\": " + json(entry.type)) +
+         (entry.error.empty() ? ", \"value\": " + json(entry.value)
+                              : ", \"error\": " + json(entry.error)) +
+         more_fields + "}";
+}
+
 const Command *find_command(const std::vector<Command> &commands, int argc, char **argv,
                             int &words) {
   const Command *found = nullptr;

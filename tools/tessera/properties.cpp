@@ -262,14 +262,6 @@ Entry read_entry(const std::string &name, Route route) {
   return entry;
 }
 
-std::string entry_json(const Entry &entry, const std::string &more_fields) {
-  return "{\"name\": " + json(entry.name) +
-         (entry.type.empty() ? "" : ", \"type\": " + json(entry.type)) +
-         (entry.error.empty() ? ", \"value\": " + json(entry.value)
-                              : ", \"error\": " + json(entry.error)) +
-         more_fields + "}";
-}
-
 std::string read_failure(const std::string &name, int32_t status, Route route) {
   if (route == Route::kDcsgen) {
     return "the mapping daemon can't be reached or has no such DCSGEN property";
