@@ -1,13 +1,17 @@
 // The daemons' server. The main thread accepts connections and watches for SIGTERM and SIGINT;
 // a fixed set of workers serves the connections, one request and one reply each. A request must
-// arrive within a short time, so a client that sends too little, or nothing, costs a worker that
-// long and no more; whatever arrives gets a whole reply.
+// arrive within a short time of its connection, so a client that sends too little, or nothing,
+// costs a worker that long at most, and connections that waited past it are answered at once
+// with what they sent; whatever arrives gets a whole reply. Beyond what can wait, a connection is
+// closed unanswered, which its caller sees as a failed exchange. The faults of clients and of the
+// store are logged, those that can come in floods at most once a second.
 #include "kit/daemons/server.h"
 
 #include <fcntl.h>
 #include <getopt.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -15,6 +19,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -38,8 +43,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kWorkers = 16;
-constexpr std::size_t kMaxWaiting = 1024;  // connections queued for a worker; beyond, dropped
+constexpr std::size_t kMostWaiting = 1024;     // connections queued for a worker; beyond, dropped
+constexpr rlim_t kDescriptorsWanted = 4096;    // room for them all, when the hard limit allows
+constexpr std::size_t kDescriptorsSpare = 64;  // the listener, the store, the log, ...
 constexpr auto kRequestTime = std::chrono::seconds(2);
+constexpr int kRequestSeconds = 2;
 constexpr std::size_t kMessageSize = sizeof(DaemonMessage);
 
 const char *log_program = "tessera";
@@ -56,29 +64,78 @@ struct DaemonOptions {
 // A line to standard error in the foreground, to syslog as a daemon.
 void log_line(int priority, const char *format, ...) __attribute__((format(printf, 2, 3)));
 
+// A message that can come in floods: logged at once, then at most once a second, with the
+// number of those held back in between.
+class ThrottledLog {
+ public:
+  void log(int priority, const char *format, ...) __attribute__((format(printf, 3, 4))) {
+    const auto now = Clock::now();
+    std::lock_guard lock(mutex_);
+    if (now < next_) {
+      ++held_;
+      return;
+    }
+    next_ = now + std::chrono::seconds(1);
+    char text[1024];
+    std::va_list args;
+    va_start(args, format);
+    std::vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    if (held_ > 0) {
+      log_line(priority, "%s (and %zu more like it since the last)", text, held_);
+    } else {
+      log_line(priority, "%s", text);
+    }
+    held_ = 0;
+  }
+
+ private:
+  std::mutex mutex_;
+  Clock::time_point next_{};
+  std::size_t held_ = 0;
+};
+
+ThrottledLog short_requests;
+ThrottledLog store_failures;
+ThrottledLog dropped_connections;
+ThrottledLog accept_failures;
+
+// A connection and the time by which its request must have arrived.
+struct Connection {
+  int fd;
+  Clock::time_point deadline;
+};
+
 class ConnectionQueue {
  public:
+  explicit ConnectionQueue(std::size_t most) : most_(most) {}
   bool push(int fd) {
+    std::size_t waiting = 0;
     {
       std::lock_guard lock(mutex_);
-      if (waiting_.size() >= kMaxWaiting) {
-        return false;
+      waiting = waiting_.size();
+      if (waiting < most_) {
+        waiting_.push_back({fd, Clock::now() + kRequestTime});
       }
-      waiting_.push_back(fd);
+    }
+    if (waiting >= most_) {
+      dropped_connections.log(
+          LOG_WARNING, "%zu connections wait for a worker: closed a new one unanswered", waiting);
+      return false;
     }
     ready_.notify_one();
     return true;
   }
-  // The next connection; -1 once closed and empty.
-  int pop() {
+  // The next connection; fd -1 once closed and empty.
+  Connection pop() {
     std::unique_lock lock(mutex_);
     ready_.wait(lock, [this] { return !waiting_.empty() || closed_; });
     if (waiting_.empty()) {
-      return -1;
+      return {-1, {}};
     }
-    const int fd = waiting_.front();
+    const Connection next = waiting_.front();
     waiting_.pop_front();
-    return fd;
+    return next;
   }
   void close() {
     {
@@ -89,25 +146,36 @@ class ConnectionQueue {
   }
 
  private:
+  const std::size_t most_;
   std::mutex mutex_;
   std::condition_variable ready_;
-  std::deque<int> waiting_;
+  std::deque<Connection> waiting_;
   bool closed_ = false;
 };
 
-// Reads one request: until a whole message is there, the client stops sending, or time is up.
-std::size_t read_request(int fd, uint8_t *buffer) {
-  const auto deadline = Clock::now() + kRequestTime;
+// Reads one request: until a whole message is there, the client stops sending, or the deadline
+// passes (`timed_out`); past it, what has arrived already is still taken.
+std::size_t read_request(const Connection &connection, uint8_t *buffer, bool *timed_out) {
   std::size_t got = 0;
+  *timed_out = false;
   while (got < kMessageSize) {
     const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    pollfd readable{fd, POLLIN, 0};
-    const int ready = left > 0 ? ::poll(&readable, 1, static_cast<int>(left)) : 0;
+        std::chrono::duration_cast<std::chrono::milliseconds>(connection.deadline - Clock::now())
+            .count();
+    pollfd readable{connection.fd, POLLIN, 0};
+    const int ready = ::poll(&readable, 1, static_cast<int>(std::max<decltype(left)>(left, 0)));
     if (ready < 0 && errno == EINTR) {
       continue;
     }
-    const ssize_t n = ready > 0 ? ::recv(fd, buffer + got, kMessageSize - got, MSG_DONTWAIT) : 0;
+    if (ready == 0) {
+      *timed_out = left <= 0 || Clock::now() >= connection.deadline;
+      if (*timed_out) {
+        break;
+      }
+      continue;
+    }
+    const ssize_t n =
+        ready > 0 ? ::recv(connection.fd, buffer + got, kMessageSize - got, MSG_DONTWAIT) : 0;
     if (n < 0 && (errno == EINTR || errno == EAGAIN)) {
       continue;
     }
@@ -134,11 +202,13 @@ void send_reply(int fd, const DaemonMessage &reply) {
   }
 }
 
-void serve_connection(int fd, const RequestHandler &handler, bool verbose) {
-  const timeval send_limit{2, 0};
+void serve_connection(const Connection &connection, const RequestHandler &handler, bool verbose) {
+  const int fd = connection.fd;
+  const timeval send_limit{kRequestSeconds, 0};
   ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &send_limit, sizeof send_limit);
   uint8_t request[kMessageSize] = {};
-  const std::size_t got = read_request(fd, request);
+  bool timed_out = false;
+  const std::size_t got = read_request(connection, request, &timed_out);
   DaemonMessage reply;
   try {
     reply = handler(std::span(request, got));
@@ -149,6 +219,19 @@ void serve_connection(int fd, const RequestHandler &handler, bool verbose) {
   }
   send_reply(fd, reply);
   ::close(fd);
+  // A connection closed without a byte is a probe (is a daemon there?), not a fault.
+  if (got < kMessageSize && (got > 0 || timed_out)) {
+    short_requests.log(LOG_WARNING, "refused a request of %zu bytes, short of %zu: %s", got,
+                       kMessageSize,
+                       timed_out ? "no more came within 2 s" : "the client stopped sending");
+  } else if (reply.direction != wire::kDirectionSuccess && reply.status == kStatusStoreFailed) {
+    store_failures.log(LOG_ERR,
+                       "operation %u (session %u, name \"%.*s\") refused with status %u: the "
+                       "store could not be used",
+                       reply.operation, reply.session_id,
+                       static_cast<int>(strnlen(reply.name, sizeof reply.name)), reply.name,
+                       reply.status);
+  }
   if (verbose) {
     log_line(LOG_DEBUG, "%zu bytes, operation %u, session %u, name \"%.*s\": %s, status %u", got,
              reply.operation, reply.session_id,
@@ -183,6 +266,8 @@ bool claim_path(const std::string &path, const sockaddr_un &address, socklen_t l
     log_line(LOG_ERR, "cannot remove the stale socket %s: %s", path.c_str(), std::strerror(errno));
     return false;
   }
+  log_line(LOG_INFO, "replaced the stale socket %s of a daemon that did not stop cleanly",
+           path.c_str());
   return true;
 }
 
@@ -326,6 +411,25 @@ DaemonOptions parse_options(int argc, char **argv, const char *program, const ch
   return options;
 }
 
+// How many connections may wait for a worker: the descriptors allow, after raising the soft limit
+// as far as the hard one lets it go.
+std::size_t most_waiting() {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) {
+    return kMostWaiting;
+  }
+  const rlim_t wanted = std::min(limit.rlim_max, kDescriptorsWanted);
+  if (limit.rlim_cur < wanted) {
+    limit.rlim_cur = wanted;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+  }
+  const auto room = static_cast<std::size_t>(limit.rlim_cur);
+  return room > kWorkers + kDescriptorsSpare
+             ? std::min(kMostWaiting, room - kWorkers - kDescriptorsSpare)
+             : 1;
+}
+
 // Serves `options.socket` until SIGTERM or SIGINT; returns the exit code.
 int serve(const DaemonOptions &options, const RequestHandler &handler) {
   ::signal(SIGPIPE, SIG_IGN);
@@ -348,12 +452,12 @@ int serve(const DaemonOptions &options, const RequestHandler &handler) {
   }
   log_line(LOG_INFO, "serving %s", options.socket.c_str());
 
-  ConnectionQueue queue;
+  ConnectionQueue queue(most_waiting());
   std::vector<std::thread> workers;
   for (std::size_t i = 0; i < kWorkers; ++i) {
     workers.emplace_back([&] {
-      for (int fd; (fd = queue.pop()) >= 0;) {
-        serve_connection(fd, handler, options.verbose);
+      for (Connection next; (next = queue.pop()).fd >= 0;) {
+        serve_connection(next, handler, options.verbose);
       }
     });
   }
@@ -379,7 +483,7 @@ int serve(const DaemonOptions &options, const RequestHandler &handler) {
         continue;
       }
       if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
-        log_line(LOG_ERR, "accept: %s", std::strerror(errno));
+        accept_failures.log(LOG_ERR, "cannot accept a connection: %s", std::strerror(errno));
         std::this_thread::sleep_for(std::chrono::milliseconds(10));  // out of descriptors
       }
       break;
@@ -409,6 +513,7 @@ int serve(const DaemonOptions &options, const RequestHandler &handler) {
 int run_daemon(int argc, char **argv, const char *program, const char *socket, const char *purpose,
                const RequestHandler &handler) {
   const DaemonOptions options = parse_options(argc, argv, program, socket, purpose);
+  tessera_store_set_log([](const char *message) { log_line(LOG_ERR, "store: %s", message); });
   if (tessera_store_check() != TESSERA_STORE_OK) {
     char path[4096] = "(no home directory)";
     tessera_store_path(path, sizeof path);

@@ -67,6 +67,10 @@ bool valid_parent(Database &db, uint32_t id, uint32_t parent) {
 
 extern "C" {
 
+void tessera_store_set_log(tessera_store_log_function log) {
+  set_log(log);
+}
+
 int tessera_store_path(char *path, size_t size) {
   const std::string where = store_path();
   return !where.empty() && where.size() < size && put_text(where, path, size) ? TESSERA_STORE_OK

@@ -4,12 +4,15 @@
 #include "kit/store/database.h"
 
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -44,8 +47,31 @@ CREATE TABLE IF NOT EXISTS events(
   arg1 INTEGER NOT NULL, arg2 INTEGER NOT NULL);
 )sql";
 
+std::atomic<tessera_store_log_function> log_function{nullptr};
+
+// The database file this process opened last, by path and identity: a different file at the same
+// path means that it was removed or replaced meanwhile, which is worth a line in the log.
+std::mutex opened_mutex;
+std::string opened_path;
+dev_t opened_device = 0;
+ino_t opened_inode = 0;
+
+void note_file(const std::string &path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) {
+    return;
+  }
+  const std::lock_guard lock(opened_mutex);
+  if (opened_path == path && (opened_device != info.st_dev || opened_inode != info.st_ino)) {
+    log_message(path + " was removed or replaced while in use: now using the file at the path");
+  }
+  opened_path = path;
+  opened_device = info.st_dev;
+  opened_inode = info.st_ino;
+}
+
 void complain(const char *what, const std::string &path, const char *why) {
-  std::fprintf(stderr, "tessera-store: %s %s: %s\n", what, path.c_str(), why);
+  log_message(std::string(what) + " " + path + ": " + why);
 }
 
 std::string home_directory() {
@@ -78,6 +104,18 @@ thread_local ThreadConnection thread_connection;
 
 }  // namespace
 
+void log_message(const std::string &line) {
+  if (const tessera_store_log_function log = log_function.load()) {
+    log(line.c_str());
+  } else {
+    std::fprintf(stderr, "tessera-store: %s\n", line.c_str());
+  }
+}
+
+void set_log(tessera_store_log_function log) {
+  log_function.store(log);
+}
+
 std::string store_path() {
   if (const char *path = std::getenv("TESSERA_STORE_DB"); path != nullptr && path[0] != '\0') {
     return path;
@@ -94,6 +132,13 @@ Database *Database::current() {
   ThreadConnection &connection = thread_connection;
   if (connection.db && connection.pid != ::getpid()) {
     connection.abandon();
+  }
+  // A database removed or replaced under an open connection would take this thread's writes
+  // where nobody else sees them: open the one at the path instead. Not inside a transaction
+  // that the caller opened, which would be lost.
+  if (connection.db && connection.path == path &&
+      sqlite3_get_autocommit(connection.db->handle()) != 0 && connection.db->moved()) {
+    connection.db.reset();
   }
   if (!connection.db || connection.path != path) {
     connection.db = path.empty() ? nullptr : open(path);
@@ -120,10 +165,13 @@ std::unique_ptr<Database> Database::open(const std::string &path) {
     complain("cannot set up", path, sqlite3_errmsg(db));
     return nullptr;
   }
+  note_file(path);
   return database;
 }
 
 bool Database::set_up() {
+  // Failures here are open's to report, in one line; a busy moment on the way is none.
+  last_read_error_ = last_write_error_ = -1;
   sqlite3_busy_timeout(db_, kBusyTimeoutMs);
   sqlite3_extended_result_codes(db_, 1);
   // A tool that was the last to close the database would otherwise copy the whole log back into
@@ -133,11 +181,13 @@ bool Database::set_up() {
   // file may hold; the busy handler doesn't cover that, so wait here.
   for (int attempt = 0;; ++attempt) {
     Statement wal = prepare("PRAGMA journal_mode=WAL");
-    if (wal.row() && wal.text(0) == "wal") {
+    const bool answered = wal.row();
+    if (answered && wal.text(0) == "wal") {
       break;
     }
-    if (attempt == 500) {
-      return false;
+    const int why = sqlite3_errcode(db_);
+    if (attempt == 500 || (!answered && why != SQLITE_BUSY && why != SQLITE_LOCKED)) {
+      return false;  // not a database, unreadable, ...: no waiting mends that
     }
     const timespec pause{0, 10'000'000};
     ::nanosleep(&pause, nullptr);
@@ -148,6 +198,7 @@ bool Database::set_up() {
   {
     Statement version = prepare("PRAGMA user_version");
     if (version.row() && version.integer(0) == kSchemaVersion) {
+      last_read_error_ = last_write_error_ = SQLITE_OK;
       return true;
     }
   }
@@ -158,7 +209,26 @@ bool Database::set_up() {
   const NetworkRecord fresh = fresh_network_record();
   Statement seed = prepare("INSERT OR IGNORE INTO network(id, record) VALUES (1, ?)");
   seed.bind(bytes_of(fresh));
-  return seed.run() && exec("PRAGMA user_version=1") && transaction.commit();
+  const bool done = seed.run() && exec("PRAGMA user_version=1") && transaction.commit();
+  last_read_error_ = last_write_error_ = SQLITE_OK;
+  return done;
+}
+
+void Database::failed(bool writing) {
+  const int code = sqlite3_extended_errcode(db_);
+  int &last = writing ? last_write_error_ : last_read_error_;
+  if (last == -1 || code == last) {
+    return;
+  }
+  last = code;
+  log_message(std::string(sqlite3_db_filename(db_, "main")) + ": " + sqlite3_errmsg(db_) +
+              (writing ? ": the change was not made" : ": nothing was read"));
+}
+
+bool Database::moved() const {
+  int moved = 0;
+  return sqlite3_file_control(db_, "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK &&
+         moved != 0;
 }
 
 Database::~Database() {
@@ -173,13 +243,18 @@ Statement Database::prepare(const char *sql) {
   if (added && sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &it->second, nullptr) !=
                    SQLITE_OK) {
     statements_.erase(it);
-    return {db_, nullptr};
+    failed(std::strncmp(sql, "SELECT", 6) != 0 && std::strncmp(sql, "PRAGMA", 6) != 0);
+    return {*this, nullptr};
   }
-  return {db_, it->second};
+  return {*this, it->second};
 }
 
 bool Database::exec(const char *sql) {
-  return sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+  if (sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) == SQLITE_OK) {
+    return true;
+  }
+  failed(true);
+  return false;
 }
 
 Statement::~Statement() {
@@ -212,6 +287,12 @@ bool Statement::row() {
   }
   const int rc = sqlite3_step(stmt_);
   ok_ = rc == SQLITE_ROW || rc == SQLITE_DONE;
+  const bool writing = sqlite3_stmt_readonly(stmt_) == 0;
+  if (!ok_) {
+    db_.failed(writing);
+  } else if (writing && sqlite3_get_autocommit(db_.handle()) != 0) {
+    db_.written();
+  }
   return rc == SQLITE_ROW;
 }
 
@@ -242,7 +323,7 @@ Transaction::Transaction(Database &db)
 
 Transaction::~Transaction() {
   if (open_) {
-    db_.exec(nested_ ? "ROLLBACK TO step; RELEASE step" : "ROLLBACK");
+    roll_back();
   }
 }
 
@@ -252,10 +333,20 @@ bool Transaction::commit() {
   }
   open_ = false;
   if (db_.exec(nested_ ? "RELEASE step" : "COMMIT")) {
+    if (!nested_) {
+      db_.written();
+    }
     return true;
   }
-  db_.exec(nested_ ? "ROLLBACK TO step; RELEASE step" : "ROLLBACK");
+  roll_back();
   return false;
+}
+
+// Quietly: after a failed commit SQLite may have rolled back already, and the failure that
+// matters has been logged.
+void Transaction::roll_back() {
+  sqlite3_exec(db_.handle(), nested_ ? "ROLLBACK TO step; RELEASE step" : "ROLLBACK", nullptr,
+               nullptr, nullptr);
 }
 
 }  // namespace tessera::kit

@@ -12,11 +12,17 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "kit/store/tessera_store.h"
+
 namespace tessera::kit {
 
 // $TESSERA_STORE_DB, else $XDG_STATE_HOME/tessera/store.db, else ~/.local/state/tessera/store.db.
 // Empty when there is no home directory to put it in.
 std::string store_path();
+
+// One line to the store's log: the function that tessera_store_set_log gave, or standard error.
+void log_message(const std::string &line);
+void set_log(tessera_store_log_function log);
 
 // A text argument cut to `limit` characters, never read past them.
 inline std::string_view cut(const char *text, std::size_t limit) noexcept {
@@ -61,19 +67,30 @@ class Database {
   bool exec(const char *sql);
   sqlite3 *handle() const { return db_; }
 
+  // Logs a failed read or write with the database's path and SQLite's reason, once for each new
+  // reason, so that a client that keeps trying doesn't flood the log.
+  void failed(bool writing);
+  // A write that reached the file: the next failure is logged again.
+  void written() { last_write_error_ = SQLITE_OK; }
+  // True when the file at the path is no longer the one this connection has open (removed or
+  // replaced).
+  bool moved() const;
+
  private:
   explicit Database(sqlite3 *db) : db_(db) {}
   bool set_up();
 
   sqlite3 *db_;
   std::unordered_map<const char *, sqlite3_stmt *> statements_;
+  int last_read_error_ = SQLITE_OK;
+  int last_write_error_ = SQLITE_OK;
 };
 
 // A use of a cached statement: binds in order, steps, reads columns, and resets on destruction.
 // Any failure sticks in ok(); a failed prepare gives a statement that is never ok.
 class Statement {
  public:
-  Statement(sqlite3 *db, sqlite3_stmt *stmt) : db_(db), stmt_(stmt), ok_(stmt != nullptr) {}
+  Statement(Database &db, sqlite3_stmt *stmt) : db_(db), stmt_(stmt), ok_(stmt != nullptr) {}
   ~Statement();
   Statement(const Statement &) = delete;
   Statement &operator=(const Statement &) = delete;
@@ -87,7 +104,7 @@ class Statement {
   // Runs to the end: true when it completed.
   bool run();
   // Rows changed by the last run.
-  int changes() const { return sqlite3_changes(db_); }
+  int changes() const { return sqlite3_changes(db_.handle()); }
 
   int64_t integer(int column) const { return sqlite3_column_int64(stmt_, column); }
   std::string_view text(int column) const;
@@ -95,7 +112,7 @@ class Statement {
   bool ok() const { return ok_; }
 
  private:
-  sqlite3 *db_;
+  Database &db_;
   sqlite3_stmt *stmt_;
   int next_ = 1;
   bool ok_;
@@ -115,6 +132,8 @@ class Transaction {
   bool commit();
 
  private:
+  void roll_back();
+
   Database &db_;
   bool nested_;
   bool open_;

@@ -43,6 +43,7 @@ int32_t orb_function_execute(const char *, uint32_t *, const void *, uint32_t, v
 int32_t orb_event_occurred(const char *, int32_t, int32_t) { return kUnavailable; }
 
 int tessera_store_path(char *, size_t) { return TESSERA_STORE_ERROR; }
+void tessera_store_set_log(tessera_store_log_function) {}
 int tessera_store_check(void) { return TESSERA_STORE_ERROR; }
 int tessera_store_begin(void) { return TESSERA_STORE_ERROR; }
 int tessera_store_commit(void) { return TESSERA_STORE_ERROR; }

@@ -6,8 +6,10 @@
  * The store is one SQLite database, shared by every process that opens it. Its path is
  * $TESSERA_STORE_DB, or $XDG_STATE_HOME/tessera/store.db, or ~/.local/state/tessera/store.db;
  * it and its directory are created on first use. Each call is one transaction (unless grouped
- * with tessera_store_begin), durable when it returns TESSERA_STORE_OK. Texts longer than their
- * field below are cut to it. Every thread has a connection of its own.
+ * with tessera_store_begin), durable when it returns TESSERA_STORE_OK; a call that fails changes
+ * nothing. Texts longer than their field below are cut to it. Every thread has a connection of
+ * its own; should the database file be removed or replaced while open, the next call opens the
+ * one at the path.
  */
 #ifndef TESSERA_STORE_H
 #define TESSERA_STORE_H
@@ -46,6 +48,13 @@ extern "C" {
 
 /* The size of the network record. */
 #define TESSERA_STORE_NETWORK_SIZE 4768
+
+/* Where the store's messages go: each failure to open, read or write the database, as one line
+ * (without a line feed) that names the database and the reason. A reason is told once until it
+ * changes or a write succeeds again. By default the lines go to standard error behind
+ * "tessera-store: "; a daemon passes its own log. Null restores the default. */
+typedef void (*tessera_store_log_function)(const char *message);
+TESSERA_STORE_API void tessera_store_set_log(tessera_store_log_function log);
 
 /* Writes the database path into `path`. Returns OK, or ERROR when it doesn't fit `size`. */
 TESSERA_STORE_API int tessera_store_path(char *path, size_t size);

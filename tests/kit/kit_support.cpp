@@ -71,7 +71,7 @@ tessera_store_session session(uint32_t id, const char *type, const char *user, c
   return out;
 }
 
-Child::Child(std::vector<std::string> argv) {
+Child::Child(std::vector<std::string> argv, bool errors) {
   int pipe_fds[2];
   if (::pipe2(pipe_fds, O_CLOEXEC) != 0) {
     throw std::runtime_error("pipe failed");
@@ -84,6 +84,9 @@ Child::Child(std::vector<std::string> argv) {
   pid_ = ::fork();
   if (pid_ == 0) {
     ::dup2(pipe_fds[1], STDOUT_FILENO);
+    if (errors) {
+      ::dup2(pipe_fds[1], STDERR_FILENO);
+    }
     ::execv(args[0], args.data());
     ::_exit(127);
   }
@@ -207,10 +210,19 @@ int Daemon::stop(int number) {
 
 void Daemon::restart() {
   child_ = std::make_unique<Child>(
-      std::vector<std::string>{program_, "--foreground", "--socket", socket_});
+      std::vector<std::string>{program_, "--foreground", "--socket", socket_}, true);
   if (!wait_for_socket(socket_.c_str(), std::chrono::seconds(20))) {
     throw std::runtime_error(program_ + " did not start listening");
   }
+}
+
+std::string Daemon::log_line_with(const std::string &text) {
+  for (std::string line = child_->line(); !line.empty(); line = child_->line()) {
+    if (line.find(text) != std::string::npos) {
+      return line;
+    }
+  }
+  return {};
 }
 
 }  // namespace tessera::kit::test

@@ -54,10 +54,11 @@ inline int add_session(const tessera_store_session &s) {
   return tessera_store_add_session(&s);
 }
 
-// A program of the kit run as a child process, its standard output kept in a pipe.
+// A program of the kit run as a child process, its standard output (and with `errors` its
+// standard error too) kept in a pipe.
 class Child {
  public:
-  explicit Child(std::vector<std::string> argv);
+  explicit Child(std::vector<std::string> argv, bool errors = false);
   ~Child();  // kills and reaps the process if it still runs
   Child(const Child &) = delete;
   Child &operator=(const Child &) = delete;
@@ -107,6 +108,8 @@ class Daemon {
   // Stops it with `number` and returns its wait status.
   int stop(int number);
   void restart();
+  // Waits for a line of its log that holds `text` and returns it; empty when the log ends first.
+  std::string log_line_with(const std::string &text);
 
  private:
   std::string program_;

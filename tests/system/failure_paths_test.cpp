@@ -55,17 +55,21 @@ Result fail_with(int error, Result result) {
 
 }  // namespace
 
+// Each stand-in passes the call on to the C library's function of its name, or fails it with the
+// errno that `faults` holds under that name.
+#define TESSERA_STAND_IN(Result, name, failure, parameters, arguments)                  \
+  Result name parameters {                                                              \
+    static const auto real = next<Result(*) parameters>(#name);                         \
+    return faults.name != 0 ? fail_with<Result>(faults.name, failure) : real arguments; \
+  }
+
 extern "C" {
 
-pid_t fork() {
-  static const auto real = next<pid_t (*)()>("fork");
-  return faults.fork != 0 ? fail_with(faults.fork, -1) : real();
-}
-
-FILE *popen(const char *command, const char *mode) {
-  static const auto real = next<FILE *(*)(const char *, const char *)>("popen");
-  return faults.popen != 0 ? fail_with<FILE *>(faults.popen, nullptr) : real(command, mode);
-}
+TESSERA_STAND_IN(pid_t, fork, -1, (), ())
+TESSERA_STAND_IN(FILE *, popen, nullptr, (const char *command, const char *mode), (command, mode))
+TESSERA_STAND_IN(DIR *, opendir, nullptr, (const char *path), (path))
+TESSERA_STAND_IN(int, semget, -1, (key_t key, int count, int flags), (key, count, flags))
+TESSERA_STAND_IN(int, socket, -1, (int domain, int type, int protocol), (domain, type, protocol))
 
 pid_t waitpid(pid_t pid, int *status, int options) {
   static const auto real = next<pid_t (*)(pid_t, int *, int)>("waitpid");
@@ -77,21 +81,6 @@ pid_t waitpid(pid_t pid, int *status, int options) {
     *status = faults.wait_status;
   }
   return reaped;
-}
-
-DIR *opendir(const char *path) {
-  static const auto real = next<DIR *(*)(const char *)>("opendir");
-  return faults.opendir != 0 ? fail_with<DIR *>(faults.opendir, nullptr) : real(path);
-}
-
-int semget(key_t key, int count, int flags) {
-  static const auto real = next<int (*)(key_t, int, int)>("semget");
-  return faults.semget != 0 ? fail_with(faults.semget, -1) : real(key, count, flags);
-}
-
-int socket(int domain, int type, int protocol) {
-  static const auto real = next<int (*)(int, int, int)>("socket");
-  return faults.socket != 0 ? fail_with(faults.socket, -1) : real(domain, type, protocol);
 }
 
 }  // extern "C"
