@@ -46,8 +46,8 @@ constexpr std::size_t kWorkers = 16;
 constexpr std::size_t kMostWaiting = 1024;     // connections queued for a worker; beyond, dropped
 constexpr rlim_t kDescriptorsWanted = 4096;    // room for them all, when the hard limit allows
 constexpr std::size_t kDescriptorsSpare = 64;  // the listener, the store, the log, ...
-constexpr auto kRequestTime = std::chrono::seconds(2);
 constexpr int kRequestSeconds = 2;
+constexpr auto kRequestTime = std::chrono::seconds(kRequestSeconds);
 constexpr std::size_t kMessageSize = sizeof(DaemonMessage);
 
 const char *log_program = "tessera";
@@ -223,7 +223,7 @@ void serve_connection(const Connection &connection, const RequestHandler &handle
   if (got < kMessageSize && (got > 0 || timed_out)) {
     short_requests.log(LOG_WARNING, "refused a request of %zu bytes, short of %zu: %s", got,
                        kMessageSize,
-                       timed_out ? "no more came within 2 s" : "the client stopped sending");
+                       timed_out ? "no more came in time" : "the client stopped sending");
   } else if (reply.direction != wire::kDirectionSuccess && reply.status == kStatusStoreFailed) {
     store_failures.log(LOG_ERR,
                        "operation %u (session %u, name \"%.*s\") refused with status %u: the "

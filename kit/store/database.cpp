@@ -185,7 +185,7 @@ bool Database::set_up() {
     if (answered && wal.text(0) == "wal") {
       break;
     }
-    const int why = sqlite3_errcode(db_);
+    const int why = sqlite3_errcode(db_) & 0xff;  // the primary code
     if (attempt == 500 || (!answered && why != SQLITE_BUSY && why != SQLITE_LOCKED)) {
       return false;  // not a database, unreadable, ...: no waiting mends that
     }
