@@ -4,7 +4,6 @@
 #include <cstring>
 #include <string>
 
-#include "heap_seam.h"
 #include "ini_helpers.h"
 
 namespace tessera::test {
@@ -90,38 +89,6 @@ TEST(InifileOpen, RefusesBadArgumentsAndUnreadableFiles) {
   EXPECT_EQ(inifileClose(document), 0);
   EXPECT_EQ(inifileOpen(path257.c_str(), &document), 1);
   EXPECT_EQ(document, nullptr);
-}
-
-TEST(InifileOpen, OutOfMemoryForTheLineBufferOrDocumentGives3) {
-  const std::string path = ini_file("[s]\nk=v\n");
-  for (uint32_t n : {1U, 2U}) {
-    FailNthAllocation fail(n);
-    InifileDocument *document = reinterpret_cast<InifileDocument *>(&document);
-    EXPECT_EQ(inifileOpen(path.c_str(), &document), 3) << n;
-    EXPECT_EQ(document, nullptr) << n;
-  }
-}
-
-TEST(InifileOpen, OutOfMemoryForARecordKeepsTheLinesBefore) {
-  std::string file;
-  for (int s = 0; s < 40; ++s) {
-    file += "[section " + std::to_string(s) + "]\n";
-    for (int k = 0; k < 30; ++k) {
-      file += "key" + std::to_string(k) + "=value " + std::to_string(s * k) + "\n";
-    }
-  }
-  std::string whole;
-  const uint32_t allocations = allocations_of([&] { whole = dump(parse(file).get()); });
-  ASSERT_GT(allocations, 6U);  // line buffer, document, and blocks of records and fields
-  for (uint32_t n = 3; n <= allocations; ++n) {
-    FailNthAllocation fail(n);
-    int32_t status = -1;
-    Document document = parse(file, &status);
-    EXPECT_EQ(status, 0) << n;
-    const std::string part = dump(document.get());
-    EXPECT_LT(part.size(), whole.size()) << n;
-    EXPECT_EQ(whole.compare(0, part.size(), part), 0) << n;
-  }
 }
 
 TEST(InifileText, TrimAndStripInPlace) {

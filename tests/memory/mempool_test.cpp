@@ -150,24 +150,6 @@ TEST_F(Memory, PoolsThatWouldNotFitIn32BitsAreRefusedWithoutTouchingTheHeap) {
   }
 }
 
-TEST_F(Memory, HeapFailuresAreReportedAndServingTakesNoHeap) {
-  EXPECT_EQ(with_heap_failing([] { return MemBlockInit(10); }), nullptr);
-  EXPECT_EQ(with_heap_failing(MemMgrInit), 1);
-  EXPECT_EQ(pMemMgr, nullptr);
-  ASSERT_EQ(MemMgrInit(), 0);
-  EXPECT_EQ(with_heap_failing([] { return MemMgrAddPool(8, 2); }), 1);
-  EXPECT_EQ(with_heap_failing([] { return MemMgrAddMemoryBlock(10); }), 1);
-  EXPECT_EQ(pMemMgr->firstPool, nullptr);
-  EXPECT_EQ(MemMgrGetNumAllocatedBytes(), 0U);
-  EXPECT_EQ(allocations_of([] { EXPECT_EQ(MemMgrAddPool(16, 4), 0); }), 1U);
-  EXPECT_EQ(allocations_of([] {
-              for (int round = 0; round < 3; ++round) {
-                EXPECT_EQ(MemMgrFree(MemMgrAlloc(16)), 0);
-              }
-            }),
-            0U);
-}
-
 TEST_F(Memory, BlockHandsOutConsecutiveBytesUpToItsEnd) {
   MemBlock *block = MemBlockInit(100);
   ASSERT_NE(block, nullptr);

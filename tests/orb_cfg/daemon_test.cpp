@@ -7,14 +7,12 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "fake_daemon.h"
 #include "fake_store.h"
-#include "heap_seam.h"
 #include "store_client/daemon_message.h"
 #include "tessera/orb_cfg.h"
 
@@ -198,32 +196,6 @@ TEST(DaemonProperties, AnswerEveryKindOfReplyWithinBounds) {
     EXPECT_EQ(FakeStore::instance().calls().empty(), c.orb_get != 4)
         << c.what << ": only status 4 leads to the store";
   }
-}
-
-TEST(DaemonProperties, AskNothingWhenTheMessageCannotBeAllocated) {
-  TESSERA_REQUIRE_PRIVATE_NAMESPACE();
-  FakeDaemon mapping(kMappingSocket);
-  mapping.reply(dm::success("v"));
-  Out out(8);
-  const std::vector<std::function<int32_t()>> operations = {
-      [&out] { return DM_ORB_Get_Property("n", out.data(), out.len()); },
-      [&out] { return DM_DCSGEN_Get_Property("n", out.data(), out.len()); },
-      [] { return DM_ORB_Set_Property("n", "v"); },
-      [] { return DM_DCSGEN_Set_Property("n", "v"); },
-      [&out] { return Cfgmgr_Get_Property("n", out.data(), out.len()); },
-      [] { return Cfgmgr_Set_Property("n", "v"); },
-  };
-  for (const auto &operation : operations) {
-    EXPECT_EQ(allocations_of(operation), 1U);
-  }
-  const std::size_t asked = mapping.request_count();
-  for (std::size_t i = 0; i < operations.size(); ++i) {
-    out = Out(8);
-    const FailNthAllocation fail(1);
-    EXPECT_EQ(operations[i](), 1) << i;
-    EXPECT_EQ(out.untouched(), i != 4) << i << ": only Cfgmgr_Get_Property empties out first";
-  }
-  EXPECT_EQ(mapping.request_count(), asked);
 }
 
 TEST(DaemonProperties, RefuseMissingArgumentsWithoutAsking) {

@@ -12,7 +12,6 @@
 
 #include "capture_sink.h"
 #include "fake_daemon.h"
-#include "heap_seam.h"
 #include "tessera/session.h"
 
 namespace tessera::test {
@@ -65,17 +64,6 @@ TEST_F(SessionClose, AnyAnswerIsSuccessNoAnswerAndNoDaemonFailWith12307) {
   EXPECT_EQ(ssn_close(5), 12307);
   EXPECT_EQ(ssn_orb_close(5), 12307);
   EXPECT_TRUE(CaptureSink::instance().os_info_lines().empty());
-}
-
-TEST_F(SessionClose, WithoutMemoryReportsNoResourcesAndSendsNothing) {
-  FakeDaemon session(kSessionSocket);
-  for (auto *close : {ssn_close, ssn_orb_close}) {
-    FailNthAllocation fail(1);
-    EXPECT_EQ(close(3), 12300);
-  }
-  EXPECT_EQ(CaptureSink::instance().os_info_lines(),
-            (std::vector<std::string>(2, "ssn_close: No Resources\n")));
-  EXPECT_EQ(session.request_count(), 0U);
 }
 
 // A daemon that hangs up before reading: the close fails, and the tool is neither killed by SIGPIPE

@@ -1,13 +1,11 @@
-// The tokenizer: its tokens, the one-block layout the caller frees with free(), cut tokens, and
-// what the vector keeps when memory runs out. Its fuzzer compares it with the reference splitter
-// on arbitrary text.
+// The tokenizer: its tokens, the one-block layout the caller frees with free(), and cut tokens.
+// Its fuzzer compares it with the reference splitter on arbitrary text.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <string>
 #include <vector>
 
-#include "heap_seam.h"
 #include "strlib_test.h"
 #include "tessera/strlib.h"
 
@@ -47,23 +45,6 @@ TEST(StrTokenize, SplitsAtBlanksWithQuotedSections) {
   EXPECT_EQ(tokenize("'" + long_token + "'"), Tokens{cut});
   EXPECT_EQ(tokenize(cut), Tokens{cut});
   EXPECT_EQ(CaptureSink::instance().reports().size(), 0U);
-}
-
-TEST(StrTokenize, KeepsWhatItHasWhenALaterBlockCannotBeMade) {
-  const std::string text = "one two three";
-  const Tokens all{"one", "two", "three"};
-  const auto allocations = allocations_of([&] { std::free(StrTokenize(text.c_str())); });
-  ASSERT_EQ(allocations, 1 + all.size());  // the empty vector, then one block per token
-  {
-    FailNthAllocation fail(1);
-    EXPECT_EQ(StrTokenize(text.c_str()), nullptr);
-  }
-  for (std::uint32_t n = 2; n <= allocations; ++n) {
-    FailNthAllocation fail(n);
-    Tokens expected = all;
-    expected.erase(expected.begin() + (n - 2));
-    EXPECT_EQ(tokenize(text), expected) << "allocation " << n << " failed";
-  }
 }
 
 }  // namespace

@@ -143,18 +143,6 @@ TEST_F(TraceLog, AMessageTooLongForTheBufferIsCutAtItsLastByte) {
   }
 }
 
-TEST_F(TraceLog, EachMessageHasItsOwnBufferAndIsLostWithoutOne) {
-  trace_to(3);
-  EXPECT_EQ(allocations_of([] { TraceLogMessage(1, "x\n"); }), 1U);
-  const CaptureFd out(STDOUT_FILENO);
-  {
-    const FailNthAllocation fail(1);
-    TraceLogMessage(1, "lost\n");
-  }
-  EXPECT_EQ(out.text(), "");
-  EXPECT_EQ(read_file(log_), "x\n");
-}
-
 // Eight digits on every target: the low 32 bits of the address.
 std::string address(const void *data) {
   char text[32];
